@@ -1,0 +1,43 @@
+# One place for the language standard, the warnings and the sanitizers; every target links spares_options.
+add_library(spares_options INTERFACE)
+target_compile_features(spares_options INTERFACE cxx_std_20)
+set(CMAKE_CXX_EXTENSIONS OFF)
+target_compile_options(spares_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+    -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+target_compile_definitions(spares_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH
+    $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+target_include_directories(spares_options INTERFACE ${PROJECT_SOURCE_DIR})
+
+option(SPARES_SANITIZE "Build everything with the address and undefined behaviour sanitizers" OFF)
+if(SPARES_SANITIZE)
+    target_compile_options(spares_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    target_link_options(spares_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# A compiler cache, where there is one, keeps the second build short.
+find_program(SPARES_CCACHE ccache)
+if(SPARES_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${SPARES_CCACHE})
+endif()
+
+# spares_library(NAME SOURCES... [LINK TARGETS...]): a static library with the common options.
+function(spares_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC spares_options ${ARG_LINK})
+endfunction()
+
+# spares_test(NAME SOURCES... [LINK TARGETS...]): a Qt Test program, run by ctest with a fixed environment.
+function(spares_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin)
+    target_link_libraries(${name} PRIVATE spares_options Qt6::Test ${ARG_LINK})
+    add_test(NAME ${name} COMMAND ${name})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8;SPARES_FIXTURES=${PROJECT_SOURCE_DIR}/../shared/fixtures")
+endfunction()

@@ -1,0 +1,97 @@
+// PageCache: the pages of one open file in memory, and the unit in which changes reach the file.
+//
+// Reading: pin() gives a handle; the bytes stay where they are while any handle to the page lives. Pages that nobody
+// pins may be dropped at any time; the cache has an upper size that does not depend on the file's.
+// Writing: only inside a WriteScope. edit() gives a writable view of the scope's own copy of the page. Nothing reaches
+// the file before the scope's commit(), and without it nothing does. A page edited in the open scope reads back changed.
+#pragma once
+
+#include "data/jet/file.h"
+#include "data/jet/page.h"
+
+#include <memory>
+#include <span>
+
+namespace jet {
+
+class PageCache;
+
+/// A pinned page, kept in memory while the handle lives. Movable; copying pins once more.
+class PagePin
+{
+public:
+    PagePin() = default;
+    PagePin(const PagePin &other);
+    PagePin(PagePin &&other) noexcept;
+    PagePin &operator=(PagePin other) noexcept;
+    ~PagePin();
+
+    [[nodiscard]] explicit operator bool() const { return m_frame != nullptr; }
+    [[nodiscard]] PageNo page() const;
+    [[nodiscard]] PageView view() const;
+
+    struct Frame;
+
+private:
+    friend class PageCache;
+    explicit PagePin(Frame *frame);
+    Frame *m_frame = nullptr;
+};
+
+/// How far a commit must go before it returns.
+enum class Durability : std::uint8_t {
+    Durable, ///< journalled and synced
+    Lazy,    ///< all or nothing for this process, but the disk is not waited for: scratch tables
+};
+
+class PageCache
+{
+public:
+    /// `file` must outlive the cache. `format` rules page size and header layout.
+    PageCache(File &file, const Format &format);
+    ~PageCache();
+
+    [[nodiscard]] const Format &format() const;
+    /// Pages in the file, those added by the open scope included.
+    [[nodiscard]] std::uint32_t pageCount() const;
+
+    /// The page for reading. Throws CorruptFile when it lies beyond the end of the file.
+    [[nodiscard]] PagePin pin(PageNo page);
+
+    /// The page for changing. Throws std::logic_error without an open scope. The view is valid until the scope ends.
+    [[nodiscard]] PageEditor edit(PageNo page);
+    /// A new page of zeros at the end of the file, for changing.
+    [[nodiscard]] PageEditor append();
+
+    /// Forgets every page that no handle pins and no scope changed.
+    void forget();
+
+    [[nodiscard]] bool inScope() const;
+
+private:
+    friend class PagePin;
+    friend class WriteScope;
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+/// All pages changed by one statement. Nothing reaches the file before commit(), and without it nothing does.
+///
+/// A scope opened while another is open joins it: only the outermost commit() writes. When an inner scope ends
+/// without commit() the outer one can no longer commit.
+class WriteScope
+{
+public:
+    explicit WriteScope(PageCache &cache, Durability durability = Durability::Durable);
+    WriteScope(const WriteScope &) = delete;
+    WriteScope &operator=(const WriteScope &) = delete;
+    ~WriteScope();
+
+    void commit();
+
+private:
+    PageCache *m_cache;
+    bool m_outermost = false;
+};
+
+} // namespace jet
