@@ -1,0 +1,68 @@
+// Recordset: the rows of one statement, with a current row.
+//
+// A freshly opened recordset stands on its first row, or at both ends when there is none. Fields are found by name
+// without regard to case. Rows added through one open recordset are one unit that is durable at close() at the latest;
+// without close() (an error on the way) they are dropped.
+#pragma once
+
+#include "data/connection.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace data {
+
+class Recordset
+{
+public:
+    Recordset() = default;
+    Recordset(const std::string &text, const Connection &connection, CursorType cursor = CursorType::ForwardOnly,
+              LockType lock = LockType::ReadOnly);
+    Recordset(Recordset &&) = default;
+    Recordset &operator=(Recordset &&) = default;
+
+    void open(const std::string &text, const Connection &connection, CursorType cursor = CursorType::ForwardOnly,
+              LockType lock = LockType::ReadOnly);
+    [[nodiscard]] bool isOpen() const { return m_rows != nullptr; }
+    /// Makes added rows durable and releases everything. Closing a closed recordset throws RunTimeError(ObjectClosed).
+    void close();
+
+    [[nodiscard]] bool bof() const; ///< before the first row; with no rows both ends are true
+    [[nodiscard]] bool eof() const; ///< behind the last row
+    [[nodiscard]] bool hasRows() const { return !(bof() && eof()); }
+    void moveFirst(); ///< throws AppError(NoCurrentRow) when there is no row
+    void moveLast();
+    void moveNext(); ///< throws AppError(NoCurrentRow) when already behind the last row
+    /// Number of rows of a static recordset; -1 for the other kinds.
+    [[nodiscard]] std::int64_t recordCount() const;
+
+    /// Throws SqlError(FieldNotFound); AppError(NoCurrentRow) where there is no current row.
+    [[nodiscard]] Value field(std::string_view name) const;
+
+    /// Begins a new row; setField() then fills it and update() adds it.
+    void addNew();
+    /// Sets a field of the new row, or of the current row's pending change.
+    void setField(std::string_view name, Value value);
+    /// Writes the new row or the pending change.
+    void update();
+    /// Deletes the current row; moveNext() then goes to the one behind it.
+    void remove();
+
+private:
+    [[nodiscard]] std::size_t position(std::string_view name) const;
+    void requireOpen() const;
+    void requireRow() const;
+
+    enum class Place { Before, On, Behind };
+
+    std::unique_ptr<Rowset> m_rows;
+    CursorType m_cursor = CursorType::ForwardOnly;
+    Place m_place = Place::Before;
+    bool m_empty = true;
+    bool m_adding = false;
+    std::vector<std::pair<std::size_t, Value>> m_pending;
+};
+
+} // namespace data
