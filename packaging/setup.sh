@@ -1,0 +1,40 @@
+# Shared by ./run, ./test and .ci/run: packages, build, and where the program lies. Sourced, not run.
+
+say() { printf '== %s\n' "$*"; }
+
+# Packages that build the program, and those that only the tests need.
+build_packages="g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsqlite3-dev unixodbc-dev libodbc2 odbcinst
+fonts-dejavu-core"
+test_packages="mdbtools poppler-utils clang-format"
+
+# need_packages build|test: installs what is missing, as root or through sudo.
+need_packages() {
+    wanted=$build_packages
+    [ "$1" = test ] && wanted="$build_packages $test_packages"
+    missing=
+    for package in $wanted; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+    done
+    [ -z "$missing" ] && return 0
+    say "Installing$missing"
+    as_root=
+    [ "$(id -u)" = 0 ] || as_root=sudo
+    # shellcheck disable=SC2086
+    $as_root env DEBIAN_FRONTEND=noninteractive sh -c "apt-get update -qq && apt-get install -y -qq \
+        --no-install-recommends $missing" >/dev/null
+}
+
+build_release() {
+    say "Building"
+    [ -e build/build.ninja ] || cmake --preset release >/dev/null
+    cmake --build build -- --quiet
+}
+
+# link_program FOLDER: the program's own folder is the one it is started from; a link makes that the folder with the
+# workstation's two databases.
+link_program() {
+    for name in velk-spares Layouts; do
+        [ -e "build/bin/$name" ] && ln -sfn "$(pwd)/build/bin/$name" "$1/$name"
+    done
+    return 0
+}
