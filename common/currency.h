@@ -21,8 +21,8 @@ public:
     static constexpr Currency fromRaw(std::int64_t tenThousandths) { return Currency(tenThousandths); }
     /// From a whole number of units. Throws RunTimeError(Overflow).
     static Currency fromUnits(std::int64_t units);
-    /// From a floating value, rounded to four decimals, halves to even on the shortest decimal text of the value.
-    /// Throws RunTimeError(Overflow), also for infinities and NaN.
+    /// From a floating value, rounded to four decimals, halves to even on the shortest decimal text of the
+    /// value. Throws RunTimeError(Overflow), also for infinities and NaN.
     static Currency fromDouble(double value);
     /// The leading numeric part of typed text ("12 nos" is 12, " 3.5" is 3.5, "", "abc" and "-" are 0), read
     /// without passing through floating point and rounded halves to even at the fourth decimal.

@@ -1,7 +1,9 @@
 // Date: a day and time of day as the database files keep them.
 //
-// Held as the file's serial: days since 30 December 1899 00:00 in a double, the fraction being the time of day.
-// Below zero the fraction still counts forward from midnight (-1.25 is 29 December 1899, 06:00).
+// Held as the file's serial: days since 30 December 1899 00:00 in a double, the fraction being the time of
+// day. Below zero the fraction still counts forward from midnight (-1.25 is 29 December 1899, 06:00). Times
+// are read to the millisecond; one that rounds up to 24:00 belongs to the next day. Reading a serial outside
+// the years 100 to 9999 (a damaged file may hold one) throws RunTimeError(Overflow).
 #pragma once
 
 #include <chrono>
@@ -20,8 +22,8 @@ public:
     /// Midnight of a day.
     static Date fromYmd(std::chrono::year_month_day day);
     static Date fromYmd(int year, unsigned month, unsigned day);
-    /// Reads "dd/MMM/yyyy" (English month names, any case; one- or two-digit day; a time of day "hh:mm[:ss]" may
-    /// follow after a blank). Nothing is read through the user's locale.
+    /// Reads "dd/MMM/yyyy" (English month names, any case; one- or two-digit day; a time of day "hh:mm[:ss]"
+    /// may follow after a blank). Nothing is read through the user's locale.
     static std::optional<Date> fromText(std::string_view text);
 
     [[nodiscard]] constexpr double serial() const { return m_serial; }
@@ -30,8 +32,7 @@ public:
     [[nodiscard]] Date midnight() const;
     /// Whole number of the day in the calendar (days since 30 December 1899).
     [[nodiscard]] std::int32_t dayNumber() const;
-    /// Seconds since midnight, rounded to the second, 0..86399 (a value that rounds up to 24:00 gives the next day
-    /// in ymdHms()).
+    /// Whole seconds since midnight, 0..86399.
     [[nodiscard]] int secondOfDay() const;
 
     /// "05/Apr/2005"; with our own English month table.
@@ -54,5 +55,6 @@ private:
     double m_serial = 0;
 };
 
-/// Number of midnights between two dates: calendar-day boundaries from `from` to `to`, negative when `to` is earlier.
+/// Number of midnights between two dates: calendar-day boundaries from `from` to `to`, negative when `to` is
+/// earlier.
 std::int32_t daysBetween(Date from, Date to);

@@ -1,8 +1,8 @@
 // Errors that the program reports to its user.
 //
 // Everything that can go wrong outside this program (a server that is gone, a damaged file, a statement that
-// names an unknown table, a number that does not fit) is thrown as an AppError or one of the four kinds below it.
-// "Not found" is not an error: it is an empty recordset, an empty std::optional, or a code of 0.
+// names an unknown table, a number that does not fit) is thrown as an AppError or one of the four kinds below
+// it. "Not found" is not an error: it is an empty recordset, an empty std::optional, or a code of 0.
 #pragma once
 
 #include <concepts>
@@ -18,21 +18,21 @@ enum class ErrorNumber : int {
     UnreachableServer = 52, ///< the folder that `ServerPath` names cannot be reached; start-up tests for it
     FileNotFound = 53,
     DiskFull = 61,
-    PathAccess = 75,           ///< a file or folder exists but may not be opened, read or written
-    ObjectClosed = 3704,       ///< a connection or recordset is used that is not open
-    NoCurrentRow = 3021,       ///< a field is read or written where the recordset has no current row
-    DuplicateKey = 3022,       ///< the change would give two rows of a unique index the same key
-    PasswordWrong = 3031,      ///< the database password does not open the file
-    RequiredField = 3314,      ///< a column or index that must hold a value would be left empty
+    PathAccess = 75,      ///< a file or folder exists but may not be opened, read or written
+    ObjectClosed = 3704,  ///< a connection or recordset is used that is not open
+    NoCurrentRow = 3021,  ///< a field is read or written where the recordset has no current row
+    DuplicateKey = 3022,  ///< the change would give two rows of a unique index the same key
+    PasswordWrong = 3031, ///< the database password does not open the file
+    RequiredField = 3314, ///< a column or index that must hold a value would be left empty
     StatementNotUnderstood = 3075,
     TableNotFound = 3078,
     FieldNotFound = 3265,
-    TableReadOnly = 3027,      ///< the table holds something this program does not know how to keep right
-    TableInUse = 3009,         ///< another workstation holds the table or page
-    RelationBroken = 3200,     ///< the change would break an enforced relationship
-    FieldTooSmall = 3163,      ///< the value does not fit the column
+    TableReadOnly = 3027,  ///< the table holds something this program does not know how to keep right
+    TableInUse = 3009,     ///< another workstation holds the table or page
+    RelationBroken = 3200, ///< the change would break an enforced relationship
+    FieldTooSmall = 3163,  ///< the value does not fit the column
     RowTooLarge = 3047,
-    FileTooLarge = 3001,       ///< the file has reached the limit of its format
+    FileTooLarge = 3001, ///< the file has reached the limit of its format
     ObjectExists = 3010,
     CorruptFile = 3343,        ///< bytes that cannot be what they should be, or no Access file at all
     DataSourceNotFound = 3146, ///< no ODBC data source of that name is registered
@@ -87,8 +87,8 @@ public:
 /// Runs one statement. An AppError ends that statement only and gives false; any other exception is a
 /// programming mistake or an exhausted machine and propagates.
 ///
-/// This and attemptOr() are the only places that swallow errors: one statement per call, so that the statements
-/// behind a failing one still run.
+/// This and attemptOr() are the only places that swallow errors: one statement per call, so that the
+/// statements behind a failing one still run.
 template <std::invocable Statement>
 bool attempt(Statement &&statement)
 {

@@ -1,6 +1,7 @@
 // The program's seams to the world: questions to the user, the clock, other programs.
 //
-// Each window and each procedure that talks to the user gets these by reference, so that tests answer and watch.
+// Each window and each procedure that talks to the user gets these by reference, so that tests answer and
+// watch.
 #pragma once
 
 #include "common/date.h"
@@ -20,7 +21,8 @@ public:
     /// A box with an OK button only.
     virtual void notice(const std::string &text, Icon icon = Icon::None, Title title = Title::Product) = 0;
     /// A box with Yes and No; true for Yes.
-    virtual bool question(const std::string &text, Icon icon = Icon::Question, Title title = Title::Product) = 0;
+    virtual bool question(const std::string &text, Icon icon = Icon::Question,
+                          Title title = Title::Product) = 0;
     /// The open-file box. `filters` are entries of the kind "(*.xls)|*.xls"; the first is preselected.
     /// Returns the chosen path, "" when the user leaves the box.
     virtual std::string openFile(const std::vector<std::string> &filters) = 0;

@@ -1,16 +1,16 @@
 // TextGrid: a table of texts with one number per row, the contents of a flex grid.
 //
-// Row 0 is the heading row and always exists; data rows are 1 .. rows()-1. The grid also keeps the current cell,
-// the column headings and the cells' background colours, so that everything that fills, totals, removes, imports or
-// exports lines works on it without a window. A view observes it through a Listener.
+// Row 0 is the heading row and always exists; data rows are 1 .. rows()-1. The grid also keeps the current
+// cell, the column headings and the cells' background colours, so that everything that fills, totals,
+// removes, imports or exports lines works on it without a window. A view observes it through a Listener.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-/// Background colour of a cell as a blue-green-red value (0xC0E0FF is light orange). Values from 0x80000000 up name
-/// system colours; kButtonFace is the one in use. kNoColour leaves the cell to the view.
+/// Background colour of a cell as a blue-green-red value (0xC0E0FF is light orange). Values from 0x80000000
+/// up name system colours; kButtonFace is the one in use. kNoColour leaves the cell to the view.
 using BgrColour = std::uint32_t;
 inline constexpr BgrColour kButtonFace = 0x8000000F;
 inline constexpr BgrColour kNoColour = 0xFFFFFFFF;
@@ -33,7 +33,7 @@ public:
 
     struct Heading
     {
-        std::string text;          ///< as shown, without the blanks that only give the width
+        std::string text; ///< as shown, without the blanks that only give the width
         Alignment alignment = Alignment::Left;
         int widthInCharacters = 0; ///< of the format string's segment, blanks included
     };
@@ -48,8 +48,8 @@ public:
     /// Empties all cells, row data and colours; the number of rows and the headings stay.
     void clear();
 
-    /// Heading, alignment and width from a format string: segments between bars, "^" centre, "<" left, ">" right.
-    /// A final empty segment counts as a column only when `columns()` already reaches it.
+    /// Heading, alignment and width from a format string: segments between bars, "^" centre, "<" left, ">"
+    /// right. A final empty segment counts as a column only when `columns()` already reaches it.
     void setFormatString(const std::string &format);
     [[nodiscard]] const Heading &heading(int column) const;
     void setHeadingText(int column, const std::string &text);
@@ -101,9 +101,9 @@ private:
     Listener *m_listener = nullptr;
 };
 
-/// Removes a line: with more than two rows, empties the row's cells 0..lastColumn and its row data, moves every later
-/// row one up (those cells and the row data) and removes the last row. With exactly two rows, empties the row and
-/// puts "1" in cell (1, 0).
+/// Removes a line: with more than two rows, empties the row's cells 0..lastColumn and its row data, moves
+/// every later row one up (those cells and the row data) and removes the last row. With exactly two rows,
+/// empties the row and puts "1" in cell (1, 0).
 void Del_Row(TextGrid &grid, int lastColumn, std::int16_t row);
 
 /// Moves the cells 0..lastColumn and the row data of every row behind `row` one up and removes the last row.

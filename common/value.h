@@ -1,7 +1,7 @@
 // Value: what a field of a database row holds.
 //
-// One variant for every column type of the files. Forms and order logic meet it only through Null_Str and Null_Cur
-// (common/null_safe.h); the layers below pass it through unchanged.
+// One variant for every column type of the files. Forms and order logic meet it only through Null_Str and
+// Null_Cur (common/null_safe.h); the layers below pass it through unchanged.
 #pragma once
 
 #include "common/currency.h"
@@ -42,17 +42,21 @@ struct Decimal
 using Null = std::monostate;
 
 /// Text is UTF-8. A Boolean is never null.
-using Value = std::variant<Null, bool, std::uint8_t, std::int16_t, std::int32_t, Currency, float, double, Date,
-                           std::string, Bytes, Guid, Decimal>;
+using Value = std::variant<Null, bool, std::uint8_t, std::int16_t, std::int32_t, Currency, float, double,
+                           Date, std::string, Bytes, Guid, Decimal>;
 
-[[nodiscard]] inline bool isNull(const Value &value) { return std::holds_alternative<Null>(value); }
+[[nodiscard]] inline bool isNull(const Value &value)
+{
+    return std::holds_alternative<Null>(value);
+}
 
-/// The value as the system's text: whole numbers and currency in shortest decimal form, floating values in the
-/// shortest decimal that reads back, dates as "dd/MMM/yyyy", true "-1" and false "0", null "".
+/// The value as the system's text: whole numbers and currency in shortest decimal form, floating values in
+/// the shortest decimal that reads back, dates as "dd/MMM/yyyy", true "-1" and false "0", null "".
 [[nodiscard]] std::string toText(const Value &value);
 
 /// The value as a double. Text is read by its leading numeric part, null is 0, true is -1.
 [[nodiscard]] double toDouble(const Value &value);
 
-/// The value as a whole number, halves to the even neighbour. Throws RunTimeError(Overflow) outside the range.
+/// The value as a whole number, halves to the even neighbour. Throws RunTimeError(Overflow) outside the
+/// range.
 [[nodiscard]] std::int64_t toInteger(const Value &value);

@@ -1,0 +1,17 @@
+#include "common/null_safe.h"
+
+std::string Null_Str(const Value &value)
+{
+    return toText(value);
+}
+
+Currency Null_Cur(const Value &value)
+{
+    if (const auto *amount = std::get_if<Currency>(&value))
+        return *amount;
+    if (const auto *text = std::get_if<std::string>(&value))
+        return Currency::fromText(*text);
+    if (const auto *decimal = std::get_if<Decimal>(&value))
+        return Currency::fromText(decimal->toText());
+    return Currency::fromDouble(toDouble(value));
+}
