@@ -1,9 +1,10 @@
 // PageCache: the pages of one open file in memory, and the unit in which changes reach the file.
 //
-// Reading: pin() gives a handle; the bytes stay where they are while any handle to the page lives. Pages that nobody
-// pins may be dropped at any time; the cache has an upper size that does not depend on the file's.
-// Writing: only inside a WriteScope. edit() gives a writable view of the scope's own copy of the page. Nothing reaches
-// the file before the scope's commit(), and without it nothing does. A page edited in the open scope reads back changed.
+// Reading: pin() gives a handle; the bytes stay where they are while any handle to the page lives. Pages that
+// nobody pins may be dropped at any time; the cache has an upper size that does not depend on the file's.
+// Writing: only inside a WriteScope. edit() gives a writable view of the scope's own copy of the page.
+// Nothing reaches the file before the scope's commit(), and without it nothing does. A page edited in the
+// open scope reads back changed.
 #pragma once
 
 #include "data/jet/file.h"
@@ -58,7 +59,8 @@ public:
     /// The page for reading. Throws CorruptFile when it lies beyond the end of the file.
     [[nodiscard]] PagePin pin(PageNo page);
 
-    /// The page for changing. Throws std::logic_error without an open scope. The view is valid until the scope ends.
+    /// The page for changing. Throws std::logic_error without an open scope. The view is valid until the
+    /// scope ends.
     [[nodiscard]] PageEditor edit(PageNo page);
     /// A new page of zeros at the end of the file, for changing.
     [[nodiscard]] PageEditor append();
@@ -67,6 +69,15 @@ public:
     void forget();
 
     [[nodiscard]] bool inScope() const;
+
+    /// Rises with every edit, append, discarded scope and forget(): while it stays the same, what a handle
+    /// shows is what the page holds.
+    [[nodiscard]] std::uint64_t changeCount() const;
+    /// Rises whenever a scope ends without commit(): whatever was derived from its pages is void.
+    [[nodiscard]] std::uint64_t discardCount() const;
+    /// True when the file's last page is not whole; what is missing reads as zeros and nothing may be
+    /// written.
+    [[nodiscard]] bool isCutShort() const;
 
 private:
     friend class PagePin;
@@ -77,8 +88,8 @@ private:
 
 /// All pages changed by one statement. Nothing reaches the file before commit(), and without it nothing does.
 ///
-/// A scope opened while another is open joins it: only the outermost commit() writes. When an inner scope ends
-/// without commit() the outer one can no longer commit.
+/// A scope opened while another is open joins it: only the outermost commit() writes. When an inner scope
+/// ends without commit() the outer one can no longer commit.
 class WriteScope
 {
 public:
@@ -92,6 +103,7 @@ public:
 private:
     PageCache *m_cache;
     bool m_outermost = false;
+    bool m_committed = false;
 };
 
 } // namespace jet

@@ -1,7 +1,8 @@
 // PageStore: which pages of the file are in use, and by whom.
 //
-// Stands on the page cache. Allocation goes through the global usage map (page 1, slot 0); a table's data pages, its
-// long-value pages and each index's pages are recorded in usage maps that the table definition points to.
+// Stands on the page cache. Allocation goes through the global usage map (page 1, slot 0); a table's data
+// pages, its long-value pages and each index's pages are recorded in usage maps that the table definition
+// points to.
 #pragma once
 
 #include "data/jet/page_cache.h"
@@ -49,13 +50,19 @@ public:
     /// True when the global map calls the page free.
     [[nodiscard]] bool isFree(PageNo page) const;
 
-    /// Makes an empty inline usage map row (storage for a new table or index) on a map page with room, or a new one.
+    /// Makes an empty inline usage map row (storage for a new table or index) on a map page with room, or a
+    /// new one.
     [[nodiscard]] RowId makeUsageMap();
     /// Deletes a usage map row and its bitmap pages; frees the map page when none of its rows is left.
     void dropUsageMap(RowId row);
 
 private:
+    [[nodiscard]] PageNo mapPageWithRoom(std::size_t rowSize);
+
     PageCache *m_cache;
+    PageNo m_mapPage{};             ///< the map page that took the last new row
+    std::uint32_t m_lowestFree = 0; ///< no page below is free
+    std::uint64_t m_discards = 0;   ///< state of the cache for which m_lowestFree holds
 };
 
 } // namespace jet

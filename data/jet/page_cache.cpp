@@ -1,0 +1,486 @@
+// The cache keeps one current frame for each page it holds. A page that a scope changes gets a second frame,
+// a copy, which becomes the current one; the scope keeps the first as the image to go back to. So a handle
+// taken before a change goes on seeing the bytes it was taken for.
+//
+// A frame is freed by whoever lets go of it last: the directory (flag `cached`) or a handle (count `pins`).
+
+#include "data/jet/page_cache.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+namespace jet {
+
+struct PagePin::Frame
+{
+    Frame(PageNo pageNumber, std::size_t pageSize)
+        : page(pageNumber)
+        , size(pageSize)
+        , bytes(std::make_unique<std::byte[]>(pageSize))
+    {}
+
+    PageNo page;
+    std::size_t size;
+    std::unique_ptr<std::byte[]> bytes;
+    std::uint32_t pins = 0;
+    std::size_t ringPlace = 0; ///< where the frame stands in the ring, while cached
+    bool cached = false;       ///< the current frame of its page
+    bool changed = false;      ///< belongs to the open scope
+    bool recentlyUsed = false;
+};
+
+PagePin::PagePin(Frame *frame)
+    : m_frame(frame)
+{
+    ++m_frame->pins;
+}
+
+PagePin::PagePin(const PagePin &other)
+    : m_frame(other.m_frame)
+{
+    if (m_frame != nullptr)
+        ++m_frame->pins;
+}
+
+PagePin::PagePin(PagePin &&other) noexcept
+    : m_frame(std::exchange(other.m_frame, nullptr))
+{}
+
+PagePin &PagePin::operator=(PagePin other) noexcept
+{
+    std::swap(m_frame, other.m_frame);
+    return *this;
+}
+
+PagePin::~PagePin()
+{
+    if (m_frame != nullptr && --m_frame->pins == 0 && !m_frame->cached)
+        delete m_frame;
+}
+
+PageNo PagePin::page() const
+{
+    return m_frame->page;
+}
+
+PageView PagePin::view() const
+{
+    return {m_frame->page, std::span<const std::byte>(m_frame->bytes.get(), m_frame->size)};
+}
+
+namespace {
+
+/// Memory that cached pages may take, whatever the file's size.
+constexpr std::size_t kCacheBytes = std::size_t{64} << 20;
+/// Pages read at once when pages are missed one after another.
+constexpr std::uint32_t kReadAhead = 32;
+/// A missed page this close behind the last one counts as the next of a walk: index pages lie between data
+/// pages.
+constexpr std::uint32_t kSameWalk = 8;
+
+using Frame = PagePin::Frame;
+
+/// Frame of each page, in two steps so that an opened file costs nothing before its pages are used.
+class Directory
+{
+public:
+    [[nodiscard]] Frame *find(PageNo page) const
+    {
+        const std::size_t block = number(page) / kBlock;
+        return block < m_blocks.size() && m_blocks[block] ? (*m_blocks[block])[number(page) % kBlock]
+                                                          : nullptr;
+    }
+
+    void set(PageNo page, Frame *frame)
+    {
+        const std::size_t block = number(page) / kBlock;
+        if (block >= m_blocks.size())
+            m_blocks.resize(block + 1);
+        if (!m_blocks[block])
+            m_blocks[block] = std::make_unique<Block>();
+        (*m_blocks[block])[number(page) % kBlock] = frame;
+    }
+
+private:
+    static constexpr std::size_t kBlock = 512;
+    using Block = std::array<Frame *, kBlock>;
+    std::vector<std::unique_ptr<Block>> m_blocks;
+};
+
+/// Place of a page in the order of writing. A write that is cut off costs least in this order: fresh pages
+/// that nothing names yet, the maps that name them, rows, index entries from the leaves up, counters.
+[[nodiscard]] int writeRank(const PageView &page, bool fresh)
+{
+    if (number(page.page()) == 0)
+        return 7;
+    if (fresh)
+        return 0;
+    switch (static_cast<PageKind>(page.u8(0))) {
+    case PageKind::UsageBitmap:
+        return 1;
+    case PageKind::Data:
+        return number(page.page()) == 1 || page.u32(4) == 0 ? 2 : 3;
+    case PageKind::IndexLeaf:
+        return 4;
+    case PageKind::IndexNode:
+        return 5;
+    default:
+        return 6;
+    }
+}
+
+} // namespace
+
+struct PageCache::Impl
+{
+    struct Change
+    {
+        PagePin before; ///< empty for a page added to the file
+        PagePin after;
+    };
+
+    File &file;
+    const Format &format;
+    std::uint64_t fileSize = 0;
+    std::uint32_t pageCount = 0;
+    bool cutShort = false; ///< the last page of the file is not whole
+    std::size_t capacity = 0;
+
+    Directory directory;
+    std::vector<Frame *> ring; ///< all cached frames; the hand walks it to find one to drop
+    std::size_t hand = 0;
+    std::uint32_t lastMiss = 0;
+    std::uint32_t readAhead = 1;
+    std::vector<std::byte> batch;
+
+    int depth = 0; ///< open scopes
+    bool poisoned = false;
+    Durability durability = Durability::Durable;
+    std::vector<Change> changes;
+    std::uint32_t pageCountBefore = 0;
+    std::uint64_t changeCount = 0;
+    std::uint64_t discardCount = 0;
+
+    Impl(File &theFile, const Format &theFormat)
+        : file(theFile)
+        , format(theFormat)
+        , capacity(kCacheBytes / theFormat.pageSize)
+    {
+        measure();
+    }
+
+    ~Impl()
+    {
+        changes.clear();
+        for (Frame *frame : ring)
+            release(frame);
+    }
+
+    Impl(const Impl &) = delete;
+    Impl &operator=(const Impl &) = delete;
+
+    void measure()
+    {
+        fileSize = file.size();
+        pageCount = static_cast<std::uint32_t>((fileSize + format.pageSize - 1) / format.pageSize);
+        cutShort = fileSize % format.pageSize != 0;
+    }
+
+    static void release(Frame *frame)
+    {
+        frame->cached = false;
+        if (frame->pins == 0)
+            delete frame;
+    }
+
+    /// Makes a frame the current one of its page; `old` is the one it replaces, if any.
+    void install(Frame *frame, Frame *old)
+    {
+        frame->cached = true;
+        if (old != nullptr) {
+            frame->ringPlace = old->ringPlace;
+            ring[frame->ringPlace] = frame;
+            old->cached = false;
+        } else {
+            frame->ringPlace = ring.size();
+            ring.push_back(frame);
+        }
+        directory.set(frame->page, frame);
+    }
+
+    void remove(Frame *frame)
+    {
+        directory.set(frame->page, nullptr);
+        ring.back()->ringPlace = frame->ringPlace;
+        ring[frame->ringPlace] = ring.back();
+        ring.pop_back();
+        release(frame);
+    }
+
+    /// A frame for a page that is not cached: a fresh one, or one taken from a page not used for some time.
+    [[nodiscard]] Frame *frameFor(PageNo page)
+    {
+        if (ring.size() >= capacity) {
+            // Two rounds: the first takes the marks of use away.
+            for (std::size_t steps = 2 * ring.size(); steps > 0; --steps) {
+                hand = hand + 1 < ring.size() ? hand + 1 : 0;
+                Frame *frame = ring[hand];
+                if (frame->pins > 0)
+                    continue;
+                if (std::exchange(frame->recentlyUsed, false))
+                    continue;
+                directory.set(frame->page, nullptr);
+                frame->page = page;
+                directory.set(page, frame);
+                return frame;
+            }
+        }
+        auto frame = std::make_unique<Frame>(page, format.pageSize);
+        install(frame.get(), nullptr);
+        return frame.release();
+    }
+
+    /// Reads the page, and those behind it when pages are being missed in rising order.
+    [[nodiscard]] Frame *load(PageNo page)
+    {
+        const std::uint32_t first = number(page);
+        const bool walking = first > lastMiss && first - lastMiss <= kSameWalk;
+        readAhead = walking ? std::min(readAhead * 2, kReadAhead) : 1;
+
+        std::uint32_t count = 1;
+        while (count < readAhead && first + count < pagesOnDisk() && !directory.find(PageNo{first + count}))
+            ++count;
+        batch.resize(std::size_t{count} * format.pageSize);
+        readPages(first, batch);
+        lastMiss = first + count - 1;
+
+        // Pinned while the others find their frames, so that none of them takes it.
+        PagePin result;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            Frame *frame = frameFor(PageNo{first + i});
+            std::memcpy(frame->bytes.get(), batch.data() + std::size_t{i} * format.pageSize, format.pageSize);
+            if (i == 0)
+                result = PagePin(frame);
+        }
+        return result.m_frame;
+    }
+
+    /// Pages that lie in the file itself, not only in the open scope.
+    [[nodiscard]] std::uint32_t pagesOnDisk() const { return depth > 0 ? pageCountBefore : pageCount; }
+
+    void readPages(std::uint32_t first, std::span<std::byte> into) const
+    {
+        const std::uint64_t at = std::uint64_t{first} * format.pageSize;
+        // The last page may be cut short; what is missing reads as zeros.
+        const std::uint64_t there = std::min<std::uint64_t>(into.size(), fileSize > at ? fileSize - at : 0);
+        file.read(at, into.first(static_cast<std::size_t>(there)));
+        std::ranges::fill(into.subspan(static_cast<std::size_t>(there)), std::byte{0});
+    }
+
+    [[nodiscard]] Frame *current(PageNo page)
+    {
+        Frame *frame = directory.find(page);
+        if (frame == nullptr) {
+            if (number(page) >= pageCount)
+                throw damaged(page, "the page lies beyond the end of the file, which has " +
+                                        std::to_string(pageCount) + " pages");
+            frame = load(page);
+        }
+        frame->recentlyUsed = true;
+        return frame;
+    }
+
+    void requireScope() const
+    {
+        if (depth == 0)
+            throw std::logic_error("a page is changed outside a write scope");
+    }
+
+    void discard()
+    {
+        for (const Change &change : changes) {
+            Frame *after = change.after.m_frame;
+            after->changed = false;
+            if (change.before)
+                install(change.before.m_frame, after);
+            else
+                remove(after);
+        }
+        changes.clear();
+        pageCount = pageCountBefore;
+        ++changeCount;
+        ++discardCount;
+    }
+
+    /// Brings all changed pages to the file. The one place where pages are overwritten: what makes a commit
+    /// survive a crash, or excludes other workstations meanwhile, belongs around the loop, where old and new
+    /// images are at hand.
+    void write()
+    {
+        if (changes.empty())
+            return;
+        std::ranges::sort(changes, {}, [](const Change &change) {
+            return std::pair(writeRank(change.after.view(), !change.before), change.after.page());
+        });
+        std::size_t written = 0;
+        try {
+            for (; written < changes.size(); ++written)
+                writePage(changes[written].after);
+            if (durability == Durability::Durable)
+                file.sync();
+        } catch (...) {
+            takeBack(written);
+            throw;
+        }
+        for (const Change &change : changes)
+            change.after.m_frame->changed = false;
+        changes.clear();
+        fileSize = std::max(fileSize, std::uint64_t{pageCount} * format.pageSize);
+    }
+
+    void writePage(const PagePin &page)
+    {
+        file.write(std::uint64_t{number(page.page())} * format.pageSize, page.view().bytes());
+    }
+
+    /// After a failed write: puts the old images back as far as the file lets us. A full disk takes them,
+    /// since these pages exist already.
+    void takeBack(std::size_t written)
+    {
+        try {
+            for (std::size_t i = 0; i < std::min(written + 1, changes.size()); ++i) {
+                if (changes[i].before)
+                    writePage(changes[i].before);
+            }
+            if (pageCount > pageCountBefore)
+                file.truncate(fileSize);
+        } catch (const FileError &) {
+            // The first failure is the one that is reported.
+        }
+    }
+};
+
+PageCache::PageCache(File &file, const Format &format)
+    : m_impl(std::make_unique<Impl>(file, format))
+{}
+
+PageCache::~PageCache() = default;
+
+const Format &PageCache::format() const
+{
+    return m_impl->format;
+}
+
+std::uint32_t PageCache::pageCount() const
+{
+    return m_impl->pageCount;
+}
+
+bool PageCache::isCutShort() const
+{
+    return m_impl->cutShort;
+}
+
+PagePin PageCache::pin(PageNo page)
+{
+    return PagePin(m_impl->current(page));
+}
+
+PageEditor PageCache::edit(PageNo page)
+{
+    m_impl->requireScope();
+    Frame *frame = m_impl->current(page);
+    if (!frame->changed) {
+        auto copy = std::make_unique<Frame>(page, frame->size);
+        std::memcpy(copy->bytes.get(), frame->bytes.get(), frame->size);
+        copy->changed = true;
+        copy->recentlyUsed = true;
+        m_impl->changes.push_back({PagePin(frame), PagePin(copy.get())});
+        m_impl->install(copy.get(), frame);
+        frame = copy.release();
+    }
+    ++m_impl->changeCount;
+    return {page, std::span(frame->bytes.get(), frame->size)};
+}
+
+PageEditor PageCache::append()
+{
+    m_impl->requireScope();
+    const PageNo page{m_impl->pageCount};
+    auto frame = std::make_unique<Frame>(page, m_impl->format.pageSize);
+    frame->changed = true;
+    m_impl->changes.push_back({PagePin(), PagePin(frame.get())});
+    m_impl->install(frame.get(), nullptr);
+    ++m_impl->pageCount;
+    ++m_impl->changeCount;
+    const std::span bytes(frame.release()->bytes.get(), m_impl->format.pageSize);
+    return {page, bytes};
+}
+
+void PageCache::forget()
+{
+    for (std::size_t i = m_impl->ring.size(); i-- > 0;) {
+        if (m_impl->ring[i]->pins == 0)
+            m_impl->remove(m_impl->ring[i]);
+    }
+    m_impl->hand = 0;
+    if (m_impl->depth == 0)
+        m_impl->measure();
+    ++m_impl->changeCount;
+}
+
+bool PageCache::inScope() const
+{
+    return m_impl->depth > 0;
+}
+
+std::uint64_t PageCache::changeCount() const
+{
+    return m_impl->changeCount;
+}
+
+std::uint64_t PageCache::discardCount() const
+{
+    return m_impl->discardCount;
+}
+
+WriteScope::WriteScope(PageCache &cache, Durability durability)
+    : m_cache(&cache)
+    , m_outermost(cache.m_impl->depth == 0)
+{
+    PageCache::Impl &impl = *cache.m_impl;
+    if (m_outermost) {
+        impl.poisoned = false;
+        impl.durability = durability;
+        impl.pageCountBefore = impl.pageCount;
+    }
+    ++impl.depth;
+}
+
+WriteScope::~WriteScope()
+{
+    PageCache::Impl &impl = *m_cache->m_impl;
+    if (!m_committed)
+        impl.poisoned = true;
+    if (m_outermost && !m_committed)
+        impl.discard();
+    --impl.depth;
+}
+
+void WriteScope::commit()
+{
+    PageCache::Impl &impl = *m_cache->m_impl;
+    if (m_committed)
+        throw std::logic_error("a write scope is committed twice");
+    if (m_outermost) {
+        if (impl.poisoned)
+            throw std::logic_error("a write scope cannot commit after a part of it was given up");
+        impl.write();
+    }
+    m_committed = true;
+}
+
+} // namespace jet
