@@ -21,6 +21,9 @@ if(SPARES_CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${SPARES_CCACHE})
 endif()
 
+# Qt 6.4's moc cannot read GCC 12's <concepts>; with its include guard set it passes over that header.
+set(CMAKE_AUTOMOC_MOC_OPTIONS -D_GLIBCXX_CONCEPTS)
+
 # spares_library(NAME SOURCES... [LINK TARGETS...]): a static library with the common options.
 function(spares_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
