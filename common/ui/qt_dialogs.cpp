@@ -1,0 +1,101 @@
+#include "common/ui/qt_dialogs.h"
+
+#include "common/ui/text.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+
+namespace ui {
+
+namespace {
+
+QString titleText(Dialogs::Title title)
+{
+    return title == Dialogs::Title::Product ? QStringLiteral("Velk Soft") : QStringLiteral("Velk Spares");
+}
+
+QMessageBox::Icon boxIcon(Dialogs::Icon icon)
+{
+    switch (icon) {
+    case Dialogs::Icon::Information:
+        return QMessageBox::Information;
+    case Dialogs::Icon::Question:
+        return QMessageBox::Question;
+    case Dialogs::Icon::Critical:
+        return QMessageBox::Critical;
+    case Dialogs::Icon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+/// Shows a box and gives the button that ended it.
+int show(const char *name, const QString &text, QMessageBox::Icon icon, const QString &title,
+         QMessageBox::StandardButtons buttons)
+{
+    QMessageBox box(icon, title, QString(), buttons, QApplication::activeWindow());
+    box.setObjectName(QLatin1String(name));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text);
+    if (buttons & QMessageBox::No) {
+        box.setDefaultButton(QMessageBox::Yes);
+        box.setEscapeButton(QMessageBox::No);
+    }
+    return box.exec();
+}
+
+/// "(*.xls)|*.xls" as the file box wants it: "(*.xls)".
+QString fileFilter(const std::string &entry)
+{
+    const QString text = shown(entry);
+    const QString caption = text.section(QLatin1Char('|'), 0, 0);
+    const QString pattern = text.section(QLatin1Char('|'), 1, 1);
+    return caption.contains(QLatin1Char('(')) ? caption : caption + QStringLiteral(" (%1)").arg(pattern);
+}
+
+} // namespace
+
+void QtDialogs::notice(const std::string &text, Icon icon, Title title)
+{
+    if (!m_shell.ended())
+        show("notice", shown(text), boxIcon(icon), titleText(title), QMessageBox::Ok);
+}
+
+bool QtDialogs::question(const std::string &text, Icon icon, Title title)
+{
+    if (m_shell.ended())
+        return false;
+    return show("question", shown(text), boxIcon(icon), titleText(title),
+                QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+std::string QtDialogs::openFile(const std::vector<std::string> &filters)
+{
+    if (m_shell.ended())
+        return {};
+    QFileDialog box(QApplication::activeWindow(), titleText(Title::Product));
+    box.setObjectName(QStringLiteral("openFile"));
+    // Not the desktop's own box, which could neither be reached by name nor look the same everywhere.
+    box.setOption(QFileDialog::DontUseNativeDialog);
+    box.setFileMode(QFileDialog::ExistingFile);
+    QStringList list;
+    for (const std::string &entry : filters)
+        list << fileFilter(entry);
+    box.setNameFilters(list);
+    if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty())
+        return {};
+    return typed(box.selectedFiles().constFirst());
+}
+
+void QtDialogs::runTimeError(const AppError &error)
+{
+    if (m_shell.ended())
+        return;
+    const QString text = QStringLiteral("Run-time error '%1':\n\n%2")
+                             .arg(static_cast<int>(error.number()))
+                             .arg(QString::fromUtf8(error.what()));
+    show("runTimeError", text, QMessageBox::Critical, titleText(Title::Product), QMessageBox::Ok);
+}
+
+} // namespace ui

@@ -1,0 +1,72 @@
+#include "common/ui/style.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPalette>
+#include <QStyleFactory>
+#include <QVariant>
+
+namespace ui {
+
+namespace {
+
+constexpr QRgb kWindow = qRgb(0xF3, 0xF4, 0xF5);
+constexpr QRgb kBase = qRgb(0xFF, 0xFF, 0xFF);
+constexpr QRgb kStripe = qRgb(0xF4, 0xF8, 0xFA);
+constexpr QRgb kText = qRgb(0x1F, 0x23, 0x26);
+constexpr QRgb kFaint = qRgb(0x8A, 0x90, 0x95);
+constexpr QRgb kButton = qRgb(0xE9, 0xEC, 0xEE);
+constexpr QRgb kAccent = qRgb(0x1F, 0x5F, 0x7A);
+constexpr QRgb kOnAccent = qRgb(0xFF, 0xFF, 0xFF);
+constexpr QRgb kHint = qRgb(0xFF, 0xFB, 0xE6);
+
+QPalette lightPalette()
+{
+    QPalette palette{QColor(kButton), QColor(kWindow)};
+    palette.setColor(QPalette::Window, kWindow);
+    palette.setColor(QPalette::WindowText, kText);
+    palette.setColor(QPalette::Base, kBase);
+    palette.setColor(QPalette::AlternateBase, kStripe);
+    palette.setColor(QPalette::Text, kText);
+    palette.setColor(QPalette::Button, kButton);
+    palette.setColor(QPalette::ButtonText, kText);
+    palette.setColor(QPalette::PlaceholderText, kFaint);
+    palette.setColor(QPalette::Highlight, kAccent);
+    palette.setColor(QPalette::HighlightedText, kOnAccent);
+    palette.setColor(QPalette::Link, kAccent);
+    palette.setColor(QPalette::ToolTipBase, kHint);
+    palette.setColor(QPalette::ToolTipText, kText);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, kFaint);
+    palette.setColor(QPalette::Disabled, QPalette::Base, kWindow);
+    return palette;
+}
+
+/// What the palette cannot say: the heading band, and rims that show where the focus is.
+const char *const kStyleSheet = R"(
+QLabel[heading="true"] { background: #1f5f7a; color: white; padding: 6px 12px; font-weight: 600; font-size: 13pt; }
+QPushButton { padding: 4px 14px; min-height: 1.3em; }
+QPushButton:focus { border: 2px solid #1f5f7a; border-radius: 3px; background: #dcebf1; }
+QHeaderView::section { background: #dde5e9; color: #1f2326; border: 0; border-right: 1px solid #c3ced4;
+    border-bottom: 1px solid #c3ced4; padding: 4px 3px; font-weight: 600; }
+QTableView { gridline-color: #dfe4e7; selection-background-color: #1f5f7a; selection-color: white; }
+QTableView:focus { border: 2px solid #1f5f7a; }
+QToolTip { padding: 3px; }
+)";
+
+} // namespace
+
+void applyStyle(QApplication &application)
+{
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setPalette(lightPalette());
+    application.setStyleSheet(QString::fromUtf8(kStyleSheet));
+}
+
+void makeHeading(QLabel *label)
+{
+    label->setProperty("heading", true);
+    label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+} // namespace ui

@@ -1,0 +1,38 @@
+#include "common/ui/waiting.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+
+namespace {
+
+constexpr double kPauseSeconds = 0.05;
+constexpr qint64 kPaintEveryMs = 30;
+
+Currency timer(const Clock &clock)
+{
+    return Currency::fromUnits(clock.now().secondOfDay());
+}
+
+} // namespace
+
+void Wait_Secs(Clock &clock, Currency seconds)
+{
+    // Kept: the timer restarts at midnight, so a wait that crosses it never ends.
+    const Currency until = timer(clock) + seconds;
+    while (timer(clock) < until)
+        clock.pause(kPauseSeconds);
+}
+
+namespace ui {
+
+void keepPainting()
+{
+    static QElapsedTimer sinceLast;
+    if (sinceLast.isValid() && sinceLast.elapsed() < kPaintEveryMs)
+        return;
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    sinceLast.start();
+}
+
+} // namespace ui

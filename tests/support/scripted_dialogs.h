@@ -1,0 +1,59 @@
+// Boxes that answer from a list and remember what was asked.
+#pragma once
+
+#include "common/seams.h"
+
+#include <QQueue>
+#include <QStringList>
+#include <QTest>
+
+/// A question without an answer fails the test at once instead of leaving it hanging in front of a modal box
+/// that nobody can see.
+class ScriptedDialogs : public Dialogs
+{
+public:
+    void notice(const std::string &text, Icon icon = Icon::None, Title title = Title::Product) override
+    {
+        remember(text, icon, title);
+    }
+
+    bool question(const std::string &text, Icon icon = Icon::Question, Title title = Title::Product) override
+    {
+        remember(text, icon, title);
+        if (!answers.isEmpty())
+            return answers.dequeue();
+        QTest::qFail(("unexpected question: " + text).c_str(), __FILE__, __LINE__);
+        return false;
+    }
+
+    std::string openFile(const std::vector<std::string> &filters) override
+    {
+        askedFilters = filters;
+        return fileToOpen;
+    }
+
+    void runTimeError(const AppError &error) override
+    {
+        errors << static_cast<int>(error.number());
+        remember(error.what(), Icon::Critical, Title::Product);
+    }
+
+    /// What was shown since the last call, and forgets it.
+    QStringList takeShown() { return std::exchange(shown, {}); }
+
+    QQueue<bool> answers;
+    QStringList shown;
+    QList<int> errors;
+    Icon lastIcon = Icon::None;
+    Title lastTitle = Title::Product;
+    std::string fileToOpen;
+    std::vector<std::string> askedFilters;
+
+private:
+    void remember(const std::string &text, Icon icon, Title title)
+    {
+        shown << QString::fromStdString(text);
+        lastIcon = icon;
+        lastTitle = title;
+    }
+};
