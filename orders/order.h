@@ -38,6 +38,7 @@ struct OrderHeader
 {
     double number = 0; ///< `StkOrdNo`
     Date date;
+    bool hasDate = true; ///< false: the stored order bears no date, the form keeps the one it shows
     std::string supplierName;
     std::string town;
     std::int32_t type = 0;   ///< `SpType`
@@ -46,12 +47,22 @@ struct OrderHeader
     double mq = 0; ///< cover factor as typed, `Mq`
 };
 
+/// Background colours of a line. The three ways differ on purpose: `Design` marks the rate, the others the
+/// amount, and a filled line is cyan where an entry line is grey.
+enum class LineColours : std::uint8_t {
+    Designed, ///< the row that `Design` leaves current
+    Entry,    ///< a new row from the keyboard, and the last row of a fill
+    Filled,   ///< every other row of a fill
+};
+void colourLine(TextGrid &lines, int row, LineColours colours);
+
 /// The net total of the lines: the amounts of rows with a non-empty part number, exact.
 [[nodiscard]] Currency netTotal(const TextGrid &lines);
 /// The net total as the form shows it ("##########0.00").
 [[nodiscard]] std::string netTotalText(const TextGrid &lines);
 
-/// Quantity times rate of a row as text, both read by their leading numeric part.
+/// Quantity times rate of a row as text, both read by their leading numeric part. The product is taken as the
+/// decimal number that a person gets on paper: 1.5 times 1.15 is "1.73".
 [[nodiscard]] std::string lineAmountText(const TextGrid &lines, int row);
 
 } // namespace orders

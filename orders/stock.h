@@ -14,6 +14,10 @@ namespace orders {
 /// Present stock of an item at the main store: stock point 0 only.
 [[nodiscard]] Currency Dis_Stock(const data::Connection &conYear, std::int32_t item);
 
+/// The field of `Mast_Items` that holds the dealer price of a price category (`SPID`); null for a category
+/// without one.
+[[nodiscard]] const char *dealerPriceField(std::uint8_t SPID);
+
 /// An item that may be ordered (`Higher` at least 1).
 struct Item
 {
@@ -24,7 +28,8 @@ struct Item
     Currency rate; ///< dealer price by price category, two decimals; worked out, not shown
 };
 
-[[nodiscard]] std::optional<Item> findItem(const data::Connection &conYear, std::int32_t item, std::uint8_t SPID);
+[[nodiscard]] std::optional<Item> findItem(const data::Connection &conYear, std::int32_t item,
+                                           std::uint8_t SPID);
 
 struct Supplier
 {
