@@ -13,18 +13,17 @@ class Connection
 public:
     Connection() = default;
 
-    /// Accepts the two forms that the system writes: "Provider=Microsoft.jet.oledb.3.51; Data Source=FILE;Jet OLEDB:
-    /// Database Password=P" (blanks and empty parts are ignored) and "DSN=NAME;UID=;PWD=P;".
+    /// Accepts the two forms that the system writes: "Provider=Microsoft.jet.oledb.3.51; Data Source=FILE;Jet
+    /// OLEDB: Database Password=P" (blanks and empty parts are ignored) and "DSN=NAME;UID=;PWD=P;".
     void setConnectionString(const std::string &text);
     [[nodiscard]] const std::string &connectionString() const { return m_text; }
     /// Changes made through this connection need not survive a power cut (scratch tables). Set before open().
     void setDurable(Durable durable) { m_durable = durable; }
 
     /// Throws RunTimeError(StatementNotUnderstood) on a string of another form, AppError(DataSourceNotFound),
-    /// FileError(UnreachableServer) when the folder of the file cannot be reached, FileError(FileNotFound), and what
-    /// the database throws.
+    /// FileError(FileNotFound), and what the database throws. An open connection is opened anew.
     void open();
-    /// Closing a connection that is not open does nothing. Recordsets opened on it must be closed before.
+    /// Closing a connection that is not open does nothing. Recordsets opened on it stay usable.
     void close();
     [[nodiscard]] bool isOpen() const { return m_engine != nullptr; }
 

@@ -1,5 +1,5 @@
-// Per-user ODBC data sources: the names under which the main and the year databases are registered while the program
-// runs, so that other programs can use them too.
+// Per-user ODBC data sources: the names under which the main and the year databases are registered while the
+// program runs, so that other programs can use them too.
 #pragma once
 
 #include "common/seams.h"
@@ -9,9 +9,10 @@
 
 namespace data {
 
-/// Makes sure that data source `name` points at `file` (a path as the system writes it). When the source does not
-/// exist and the file does not either: "Database file doesn't exist!" and nothing is registered. An existing source is
-/// removed and added again without looking at the file. What the installer answers is not looked at.
+/// Makes sure that data source `name` points at `file` (a path as the system writes it). When the source does
+/// not exist and the file does not either: "Database file doesn't exist!" and nothing is registered. An
+/// existing source is removed and added again without looking at the file. What the installer answers is not
+/// looked at.
 void Make_Dsn(const std::string &name, const std::string &file, Dialogs &dialogs);
 
 /// Removes data source `name` when it exists.

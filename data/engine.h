@@ -1,8 +1,8 @@
 // The small interface behind which a database engine stands: open, execute, recordset.
 //
-// Connection and Recordset (connection.h, recordset.h) speak to nothing else. Today the one implementation is the
-// program's own engine for Access files; a database server reached through its ODBC driver can stand behind the same
-// data-source names later.
+// Connection and Recordset (connection.h, recordset.h) speak to nothing else. Today the one implementation is
+// the program's own engine for Access files; a database server reached through its ODBC driver can stand
+// behind the same data-source names later.
 #pragma once
 
 #include "common/value.h"
@@ -34,7 +34,12 @@ public:
     [[nodiscard]] virtual std::int64_t count() = 0;
     [[nodiscard]] virtual Value value(std::size_t column) const = 0;
 
-    // Changing rows; AppError(TableReadOnly) where the statement's rows cannot be changed. Values by column position.
+    /// The value in the type that the column stores. Throws RunTimeError (TypeMismatch, Overflow).
+    [[nodiscard]] virtual Value converted(std::size_t column, Value value) const = 0;
+
+    // Changing rows; AppError(TableReadOnly) where the statement's rows cannot be changed. Values by column
+    // position.
+    /// The new row becomes the current one.
     virtual void insert(const std::vector<std::pair<std::size_t, Value>> &values) = 0;
     virtual void update(const std::vector<std::pair<std::size_t, Value>> &values) = 0;
     virtual void erase() = 0;
@@ -51,13 +56,14 @@ class Engine
 public:
     virtual ~Engine() = default;
     /// Opens a statement's rows. Throws SqlError and what the database throws.
-    [[nodiscard]] virtual std::unique_ptr<Rowset> open(const std::string &text, CursorType cursor, LockType lock) = 0;
+    [[nodiscard]] virtual std::unique_ptr<Rowset> open(const std::string &text, CursorType cursor,
+                                                       LockType lock) = 0;
     /// Runs a statement that gives no rows.
     virtual void execute(const std::string &text) = 0;
 };
 
-/// Opens an Access file: `file` is a local path. Two openings of the same file in one process share the opened
-/// database and see each other's changes at once.
+/// Opens an Access file: `file` is a local path. Two openings of the same file in one process share the
+/// opened database and see each other's changes at once.
 [[nodiscard]] std::unique_ptr<Engine> openAccessFile(const std::string &file, const std::string &password,
                                                      Durable durable);
 

@@ -66,7 +66,8 @@ bool folderReachable(const std::string &path)
     if (isForeign(path))
         return false;
     std::error_code error;
-    const fs::path folder = path.empty() ? fs::path(".") : fs::path(localPath(path));
+    // No path at all: the files are looked for from the root, as on a drive.
+    const fs::path folder = path.empty() ? fs::path("/") : fs::path(localPath(path));
     // Entering is what the files in it need; listing an unmounted or forbidden folder fails.
     return fs::is_directory(folder, error) && (fs::directory_iterator(folder, error), !error);
 }

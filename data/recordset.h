@@ -1,8 +1,8 @@
 // Recordset: the rows of one statement, with a current row.
 //
-// A freshly opened recordset stands on its first row, or at both ends when there is none. Fields are found by name
-// without regard to case. Rows added through one open recordset are one unit that is durable at close() at the latest;
-// without close() (an error on the way) they are dropped.
+// A freshly opened recordset stands on its first row, or at both ends when there is none. Fields are found by
+// name without regard to case. Rows added through one open recordset are one unit that is durable at close()
+// at the latest; without close() (an error on the way) they are dropped.
 #pragma once
 
 #include "data/connection.h"
@@ -18,20 +18,22 @@ class Recordset
 {
 public:
     Recordset() = default;
-    Recordset(const std::string &text, const Connection &connection, CursorType cursor = CursorType::ForwardOnly,
-              LockType lock = LockType::ReadOnly);
+    Recordset(const std::string &text, const Connection &connection,
+              CursorType cursor = CursorType::ForwardOnly, LockType lock = LockType::ReadOnly);
     Recordset(Recordset &&) = default;
     Recordset &operator=(Recordset &&) = default;
 
-    void open(const std::string &text, const Connection &connection, CursorType cursor = CursorType::ForwardOnly,
-              LockType lock = LockType::ReadOnly);
+    void open(const std::string &text, const Connection &connection,
+              CursorType cursor = CursorType::ForwardOnly, LockType lock = LockType::ReadOnly);
     [[nodiscard]] bool isOpen() const { return m_rows != nullptr; }
-    /// Makes added rows durable and releases everything. Closing a closed recordset throws RunTimeError(ObjectClosed).
+    /// Makes added rows durable and releases everything. Closing a closed recordset throws
+    /// RunTimeError(ObjectClosed).
     void close();
 
-    [[nodiscard]] bool bof() const; ///< before the first row; with no rows both ends are true
+    [[nodiscard]] bool bof() const; ///< true when there is no row; nothing moves before the first one
     [[nodiscard]] bool eof() const; ///< behind the last row
     [[nodiscard]] bool hasRows() const { return !(bof() && eof()); }
+    // A pending change or new row is written by every move, as update() does.
     void moveFirst(); ///< throws AppError(NoCurrentRow) when there is no row
     void moveLast();
     void moveNext(); ///< throws AppError(NoCurrentRow) when already behind the last row
@@ -43,7 +45,9 @@ public:
 
     /// Begins a new row; setField() then fills it and update() adds it.
     void addNew();
-    /// Sets a field of the new row, or of the current row's pending change.
+    /// Sets a field of the new row, or of the current row's pending change. The value takes the type of the
+    /// column at once, so that field() reads back what will be stored. Throws RunTimeError (TypeMismatch,
+    /// Overflow).
     void setField(std::string_view name, Value value);
     /// Writes the new row or the pending change.
     void update();
@@ -52,14 +56,19 @@ public:
 
 private:
     [[nodiscard]] std::size_t position(std::string_view name) const;
+    void writePending();
     void requireOpen() const;
-    void requireRow() const;
+    [[noreturn]] static void throwNoRow();
 
-    enum class Place { Before, On, Behind };
+    enum class Place {
+        First,
+        Later,
+        Behind
+    }; ///< a row known to be the first, some other row, behind the last
 
     std::unique_ptr<Rowset> m_rows;
     CursorType m_cursor = CursorType::ForwardOnly;
-    Place m_place = Place::Before;
+    Place m_place = Place::Behind;
     bool m_empty = true;
     bool m_adding = false;
     std::vector<std::pair<std::size_t, Value>> m_pending;

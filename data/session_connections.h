@@ -28,9 +28,9 @@ struct Environment
     std::string programFolder; ///< folder of the program file, becomes `AppPath`
 };
 
-/// Start-up: fills `AppPath` and `ServerPath` and opens the base connections; with a code (`DBMst`) also the year, and
-/// reads the company header `AAddress`. Error 52 says "Please Start the Server/ Check the Server Path" and ends the
-/// program; any other error leaves with what was set so far.
+/// Start-up: fills `AppPath` and `ServerPath` and opens the base connections; with a code (`DBMst`) also the
+/// year, and reads the company header `AAddress`. Error 52 says "Please Start the Server/ Check the Server
+/// Path" and ends the program; any other error leaves with what was set so far.
 void Open_Data(Environment &environment, const std::string &code);
 
 void Open_SerPath(Environment &environment, Connection &connection);

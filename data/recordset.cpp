@@ -1,0 +1,178 @@
+#include "data/recordset.h"
+
+#include "common/errors.h"
+#include "common/format.h"
+
+#include <algorithm>
+
+namespace data {
+
+Recordset::Recordset(const std::string &text, const Connection &connection, CursorType cursor, LockType lock)
+{
+    open(text, connection, cursor, lock);
+}
+
+void Recordset::open(const std::string &text, const Connection &connection, CursorType cursor, LockType lock)
+{
+    *this = Recordset();
+    m_rows = connection.engine().open(text, cursor, lock);
+    m_cursor = cursor;
+    m_empty = !m_rows->next();
+    m_place = m_empty ? Place::Behind : Place::First;
+}
+
+void Recordset::close()
+{
+    requireOpen();
+    // Released before anything can fail: a recordset whose rows could not be kept is closed all the same.
+    const std::unique_ptr<Rowset> rows = std::move(m_rows);
+    *this = Recordset();
+    rows->finish();
+}
+
+bool Recordset::bof() const
+{
+    requireOpen();
+    return m_empty;
+}
+
+bool Recordset::eof() const
+{
+    requireOpen();
+    return m_place == Place::Behind;
+}
+
+void Recordset::moveFirst()
+{
+    requireOpen();
+    writePending();
+    if (m_empty)
+        throwNoRow();
+    if (m_place == Place::First)
+        return;
+    m_rows->restart();
+    m_place = m_rows->next() ? Place::First : Place::Behind;
+}
+
+void Recordset::moveLast()
+{
+    requireOpen();
+    writePending();
+    if (m_empty)
+        throwNoRow();
+    // A statement's rows are read forwards only: the last one is found by counting.
+    const std::int64_t count = m_rows->count();
+    m_rows->restart();
+    for (std::int64_t row = 0; row < count; ++row)
+        m_rows->next();
+    m_place = count > 1 ? Place::Later : count == 1 ? Place::First : Place::Behind;
+}
+
+void Recordset::moveNext()
+{
+    requireOpen();
+    writePending();
+    if (m_place == Place::Behind)
+        throwNoRow();
+    m_place = m_rows->next() ? Place::Later : Place::Behind;
+}
+
+std::int64_t Recordset::recordCount() const
+{
+    requireOpen();
+    return m_cursor == CursorType::Static ? m_rows->count() : -1;
+}
+
+Value Recordset::field(std::string_view name) const
+{
+    requireOpen();
+    const std::size_t column = position(name);
+    const auto pending = std::find_if(m_pending.begin(), m_pending.end(),
+                                      [column](const auto &change) { return change.first == column; });
+    if (pending != m_pending.end())
+        return pending->second;
+    if (m_adding)
+        return Null{};
+    if (m_place == Place::Behind)
+        throwNoRow();
+    return m_rows->value(column);
+}
+
+void Recordset::addNew()
+{
+    requireOpen();
+    writePending();
+    m_adding = true;
+}
+
+void Recordset::setField(std::string_view name, Value value)
+{
+    requireOpen();
+    const std::size_t column = position(name);
+    if (!m_adding && m_place == Place::Behind)
+        throwNoRow();
+    Value converted = m_rows->converted(column, std::move(value));
+    const auto pending = std::find_if(m_pending.begin(), m_pending.end(),
+                                      [column](const auto &change) { return change.first == column; });
+    if (pending != m_pending.end())
+        pending->second = std::move(converted);
+    else
+        m_pending.emplace_back(column, std::move(converted));
+}
+
+void Recordset::update()
+{
+    requireOpen();
+    // Taken out first: a change that fails is given up and not tried again by the next move.
+    const auto pending = std::exchange(m_pending, {});
+    if (std::exchange(m_adding, false)) {
+        m_rows->insert(pending);
+        m_place = m_empty ? Place::First : Place::Later;
+        m_empty = false;
+    } else if (!pending.empty()) {
+        m_rows->update(pending);
+    }
+}
+
+void Recordset::remove()
+{
+    requireOpen();
+    m_pending.clear();
+    m_adding = false;
+    if (m_place == Place::Behind)
+        throwNoRow();
+    m_rows->erase();
+    // The row in front is gone, so going to the first row means looking for it again.
+    m_place = Place::Later;
+}
+
+std::size_t Recordset::position(std::string_view name) const
+{
+    const auto &columns = m_rows->columns();
+    const auto found = std::find_if(columns.begin(), columns.end(),
+                                    [name](const std::string &column) { return equalNoCase(column, name); });
+    if (found == columns.end())
+        throw SqlError(ErrorNumber::FieldNotFound,
+                       "The field " + std::string(name) + " is not among the fields that were read.");
+    return static_cast<std::size_t>(found - columns.begin());
+}
+
+void Recordset::writePending()
+{
+    if (m_adding || !m_pending.empty())
+        update();
+}
+
+void Recordset::requireOpen() const
+{
+    if (!m_rows)
+        throw RunTimeError(ErrorNumber::ObjectClosed,
+                           "The rows are not open, so none of them can be read or changed.");
+}
+
+void Recordset::throwNoRow()
+{
+    throw AppError(ErrorNumber::NoCurrentRow, "There is no current row.");
+}
+
+} // namespace data
