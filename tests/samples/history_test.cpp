@@ -1,0 +1,324 @@
+// The generated history as values: counts, dates, stock carried over, and saved orders that agree with the
+// movements.
+
+#include "samples/company.h"
+#include "samples/ledgers.h"
+#include "samples/movements.h"
+#include "samples/parts.h"
+
+#include <QTest>
+
+#include <map>
+#include <set>
+
+using namespace samples;
+
+namespace {
+
+Day day(int year, unsigned month, unsigned dayOfMonth)
+{
+    return std::chrono::year{year} / static_cast<int>(month) / static_cast<int>(dayOfMonth);
+}
+
+struct MadeYear
+{
+    CompanyYear year;
+    std::vector<Movement> movements;
+    std::vector<SavedOrder> orders;
+    std::map<std::int32_t, Currency> closing; ///< by item, what the history says
+};
+
+struct Made
+{
+    PartCatalogue catalogue;
+    std::vector<MadeYear> years;
+};
+
+Made make(const Options &options, int company = 0)
+{
+    Made made{makeCatalogue(options.seed, company, options.items, options.years), {}};
+    StockHistory history(made.catalogue, options.seed, company);
+    for (const CompanyYear &year : companyYears(options, company)) {
+        MadeYear &entry = made.years.emplace_back(MadeYear{year, {}, {}, {}});
+        history.makeYear(
+            year.plan, [&](const Movement &movement) { entry.movements.push_back(movement); },
+            [&](const SavedOrder &order) { entry.orders.push_back(order); });
+        for (std::size_t part = 0; part < made.catalogue.parts.size(); ++part)
+            entry.closing[made.catalogue.parts[part].code] = history.stock(part);
+    }
+    return made;
+}
+
+Options options(Day date, int items, std::int64_t movements)
+{
+    Options result;
+    result.date = date;
+    result.items = items;
+    result.movements = movements;
+    return result;
+}
+
+Currency inLessOut(const Movement &movement)
+{
+    return movement.in.value_or(Currency()) - movement.out.value_or(Currency());
+}
+
+struct PeriodFigures
+{
+    Currency out;
+    Currency sold;
+    Currency present;
+    std::optional<Day> firstSale;
+};
+
+/// What the rules of the statistics make of one item's rows, with the stock as it stood on the morning of
+/// `until`.
+PeriodFigures figures(const std::vector<Movement> &movements, std::int32_t item, Day from, Day until)
+{
+    PeriodFigures result;
+    for (const Movement &movement : movements) {
+        if (movement.item != item)
+            continue;
+        if (movement.day && *movement.day >= until)
+            break;
+        result.present += inLessOut(movement);
+        if (!movement.day || *movement.day < from || !movement.form)
+            continue;
+        const Currency out = movement.out.value_or(Currency());
+        if (!isExcluded(*movement.form))
+            result.out += out;
+        if (isSale(*movement.form)) {
+            result.sold += out;
+            if (!result.firstSale)
+                result.firstSale = movement.day;
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+class HistoryTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void yearsBeginInApril_data();
+    void yearsBeginInApril();
+    void everyYearHasItsRows_data();
+    void everyYearHasItsRows();
+    void stockIsCarriedFromYearToYear();
+    void sameSeedSameHistory();
+    void savedOrdersAgreeWithTheMovements();
+    void mastersOfTheTwoNewestYearsDiffer();
+    void oddRowsOccur();
+    void suppliersAreOfEveryKind();
+};
+
+void HistoryTest::yearsBeginInApril_data()
+{
+    QTest::addColumn<int>("month");
+    QTest::addColumn<int>("dayOfMonth");
+    QTest::addColumn<QString>("label");
+    QTest::newRow("last day") << 3 << 31 << QStringLiteral("2526");
+    QTest::newRow("first day") << 4 << 1 << QStringLiteral("2627");
+    QTest::newRow("december") << 12 << 31 << QStringLiteral("2627");
+    QTest::newRow("january") << 1 << 1 << QStringLiteral("2526");
+}
+
+void HistoryTest::yearsBeginInApril()
+{
+    QFETCH(int, month);
+    QFETCH(int, dayOfMonth);
+    QFETCH(QString, label);
+    const Day date = day(2026, static_cast<unsigned>(month), static_cast<unsigned>(dayOfMonth));
+    const FinancialYear year = financialYearOf(date);
+    QCOMPARE(QString::fromStdString(year.label()), label);
+    QVERIFY(year.start <= date && date <= year.end);
+    QCOMPARE(financialYears(date, 3).front().end + std::chrono::days{1}, financialYears(date, 3)[1].start);
+}
+
+void HistoryTest::everyYearHasItsRows_data()
+{
+    QTest::addColumn<Options>("options");
+    QTest::newRow("sample") << options(day(2026, 11, 22), 600, 12'000);
+    QTest::newRow("few rows, many parts") << options(day(2026, 11, 22), 600, 90);
+    QTest::newRow("first day of a year") << options(day(2026, 4, 1), 100, 3'000);
+    QTest::newRow("leap day") << options(day(2028, 2, 29), 100, 3'000);
+    QTest::newRow("no rows") << options(day(2026, 11, 22), 50, 0);
+    Options exact = options(day(2026, 5, 3), 200, 1'000);
+    exact.newestMovements = 4'321;
+    exact.previousMovements = 17;
+    QTest::newRow("exact counts") << exact;
+    Options single = options(day(2026, 9, 1), 80, 2'000);
+    single.years = 1;
+    QTest::newRow("one year") << single;
+}
+
+void HistoryTest::everyYearHasItsRows()
+{
+    QFETCH(Options, options);
+    const Made made = make(options);
+    QCOMPARE(made.years.size(), static_cast<std::size_t>(options.years));
+    for (const MadeYear &entry : made.years) {
+        const YearPlan &plan = entry.year.plan;
+        QCOMPARE(static_cast<std::int64_t>(entry.movements.size()), plan.movements);
+        std::set<std::int32_t> listed;
+        for (const Part &part : made.catalogue.parts)
+            if (part.listedIn(plan.index))
+                listed.insert(part.code);
+        Day previous = plan.first;
+        for (const Movement &movement : entry.movements) {
+            QVERIFY(listed.contains(movement.item));
+            const Day movementDay = movement.day.value_or(previous);
+            QVERIFY(previous <= movementDay && movementDay <= plan.last);
+            previous = movementDay;
+        }
+    }
+    const MadeYear &newest = made.years.back();
+    QCOMPARE(newest.year.plan.last, options.date);
+    if (options.newestMovements) {
+        QCOMPARE(newest.year.plan.movements, *options.newestMovements);
+        QCOMPARE(made.years[1].year.plan.movements, *options.previousMovements);
+    }
+    QCOMPARE(made.catalogue.countIn(options.years - 1), static_cast<std::size_t>(options.items));
+}
+
+void HistoryTest::stockIsCarriedFromYearToYear()
+{
+    const Made made = make(options(day(2026, 11, 22), 600, 12'000));
+    std::map<std::int32_t, Currency> carried;
+    for (const MadeYear &entry : made.years) {
+        std::map<std::int32_t, Currency> opening, closing;
+        for (const Movement &movement : entry.movements) {
+            closing[movement.item] += inLessOut(movement);
+            if (movement.form == form::kOpening)
+                opening[movement.item] += *movement.in;
+        }
+        for (const auto &[item, stock] : entry.closing)
+            QCOMPARE(closing[item].raw(), stock.raw());
+        for (const Part &part : made.catalogue.parts)
+            if (!carried.empty() && part.listedIn(entry.year.plan.index))
+                QVERIFY(opening[part.code] >= carried[part.code]);
+        carried = entry.closing;
+    }
+}
+
+void HistoryTest::sameSeedSameHistory()
+{
+    Options first = options(day(2026, 6, 30), 100, 2'000);
+    Options other = first;
+    other.seed = 2;
+    const auto items = [](const Made &made) {
+        std::vector<std::int64_t> all;
+        for (const MadeYear &entry : made.years)
+            for (const Movement &movement : entry.movements)
+                all.insert(all.end(), {movement.item, inLessOut(movement).raw()});
+        return all;
+    };
+    QCOMPARE(items(make(first)), items(make(first)));
+    QVERIFY(items(make(first)) != items(make(other)));
+    QVERIFY(items(make(first, 0)) != items(make(first, 1)));
+}
+
+void HistoryTest::savedOrdersAgreeWithTheMovements()
+{
+    const Made made = make(options(day(2026, 11, 22), 600, 12'000));
+    int lines = 0;
+    for (const MadeYear &entry : made.years) {
+        std::int32_t number = 0;
+        for (const SavedOrder &order : entry.orders) {
+            QCOMPARE(order.number, ++number);
+            const std::chrono::year_month_day ymd{order.day};
+            const Day from = ymd - std::chrono::months{order.months};
+            std::int32_t slno = 0;
+            for (const SavedOrderLine &line : order.lines) {
+                QVERIFY(line.slno > slno);
+                slno = line.slno;
+                const PeriodFigures expected = figures(entry.movements, line.item, from, order.day);
+                QCOMPARE(line.sold.raw(), expected.sold.raw());
+                QCOMPARE(line.present.raw(), expected.present.raw());
+                QCOMPARE(line.lastSaleDays,
+                         expected.firstSale ? (order.day - *expected.firstSale).count() : 0);
+                QVERIFY(expected.present < expected.out);
+                QVERIFY(line.quantity > Currency());
+                ++lines;
+            }
+        }
+    }
+    QVERIFY(lines > 200);
+}
+
+void HistoryTest::mastersOfTheTwoNewestYearsDiffer()
+{
+    const Made made = make(options(day(2026, 11, 22), 600, 12'000));
+    std::set<std::int32_t> soldLastYear, listedNow;
+    for (const Movement &movement : made.years[1].movements)
+        if (movement.form && isSale(*movement.form))
+            soldLastYear.insert(movement.item);
+    int onlyOld = 0;
+    int onlyNew = 0;
+    for (const Part &part : made.catalogue.parts) {
+        onlyOld += soldLastYear.contains(part.code) && !part.listedIn(2);
+        onlyNew += part.listedIn(2) && !part.listedIn(1);
+    }
+    QVERIFY(onlyOld > 0);
+    QVERIFY(onlyNew > 0);
+}
+
+void HistoryTest::oddRowsOccur()
+{
+    const Made made = make(options(day(2026, 11, 22), 1'000, 40'000));
+    std::map<std::string, int> seen;
+    for (const MadeYear &entry : made.years)
+        for (const Movement &movement : entry.movements) {
+            ++seen["form " + (movement.form ? std::to_string(*movement.form) : "null")];
+            ++seen["point " + (movement.point ? std::to_string(*movement.point) : "null")];
+            seen["no day"] += !movement.day;
+            seen["no in"] += !movement.in;
+            seen["no out"] += !movement.out;
+            seen["cancelled"] += movement.out < Currency() && movement.out;
+            seen["half"] += movement.out && movement.out->raw() % Currency::kScale != 0;
+        }
+    for (const char *kind :
+         {"form 71",    "form 72",  "form 73", "form 74", "form 13",   "form 64", "form 65",
+          "form 131",   "form 132", "form 61", "form 62", "form null", "point 0", "point 1",
+          "point null", "no day",   "no in",   "no out",  "cancelled", "half"})
+        QVERIFY2(seen[kind] > 0, kind);
+    for (const Part &part : made.catalogue.parts) {
+        ++seen["higher " + (part.higher ? std::to_string(*part.higher) : "null")];
+        seen["no price"] += part.discountD == 0;
+        seen["null price"] += !part.discountD;
+        seen["models"] += !part.models.empty();
+        seen["groups only"] += part.models.empty() && !part.groups.empty();
+    }
+    for (const char *kind :
+         {"higher null", "higher -1", "higher 0", "higher 1", "higher 2", "higher 3", "higher 4", "higher 5",
+          "higher 6", "higher 7", "no price", "null price", "models", "groups only"})
+        QVERIFY2(seen[kind] > 0, kind);
+}
+
+void HistoryTest::suppliersAreOfEveryKind()
+{
+    for (const int company : {0, 1}) {
+        const std::vector<Ledger> ledgers = makeLedgers(1, company);
+        std::map<std::int32_t, int> offered;
+        int closed = 0;
+        int noTown = 0;
+        for (const Ledger &ledger : ledgers) {
+            offered[ledger.head] += ledger.isOffered();
+            closed += ledger.closed == std::int16_t{1};
+            noTown += !ledger.town;
+        }
+        for (const std::int32_t head : {10, 11, 25, 30, 50})
+            QVERIFY(offered[head] > 0);
+        for (const std::int32_t head : {20, 40, 60, 99})
+            QCOMPARE(offered[head], 0);
+        QVERIFY(closed > 0 && noTown > 0);
+    }
+}
+
+Q_DECLARE_METATYPE(samples::Options)
+
+QTEST_APPLESS_MAIN(HistoryTest)
+#include "history_test.moc"
