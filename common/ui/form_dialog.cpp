@@ -2,6 +2,7 @@
 
 #include "common/ui/connect.h"
 
+#include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QShowEvent>
@@ -39,6 +40,13 @@ void FormDialog::keyPressEvent(QKeyEvent *event)
         button->click();
     else if (!enter)
         QDialog::keyPressEvent(event);
+}
+
+void FormDialog::closeEvent(QCloseEvent *event)
+{
+    event->ignore();
+    if (m_cancel)
+        m_cancel->click();
 }
 
 } // namespace ui

@@ -32,6 +32,8 @@ protected:
 
     void showEvent(QShowEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    /// Closing the window is pressing the cancel button.
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     Dialogs &m_dialogs;
