@@ -1,7 +1,12 @@
 # The index layer of target jet, and the tables of character weights, made from their data while building.
 target_sources(jet PRIVATE
     compare_text.cpp
+    index_build.cpp
+    index_change.cpp
+    index_check.cpp
     index_key.cpp
+    index_page.cpp
+    index_tree.cpp
     text_key.cpp
     ${CMAKE_CURRENT_BINARY_DIR}/sort_keys.cpp)
 
