@@ -14,7 +14,8 @@ struct Finding
     std::string what;
 };
 
-/// Walks the whole file, each key recomputed from its row; empty when nothing is wrong. At most `limit` findings.
+/// Walks the whole file, each key recomputed from its row; empty when nothing is wrong. At most `limit`
+/// findings.
 [[nodiscard]] std::vector<Finding> check(Database &database, std::size_t limit = 1000);
 
 } // namespace jet

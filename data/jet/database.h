@@ -38,8 +38,8 @@ struct CreateOptions
 struct CatalogueEntry
 {
     std::string name;
-    std::int16_t type = 0;   ///< 1 table, 4 and 6 linked tables, 5 stored query
-    std::uint32_t id = 0;    ///< type 1: definition page
+    std::int16_t type = 0; ///< 1 table, 4 and 6 linked tables, 5 stored query
+    std::uint32_t id = 0;  ///< type 1: definition page
     std::uint32_t flags = 0;
 
     [[nodiscard]] bool isUserTable() const { return type == 1 && (flags & 0x8000000AU) == 0; }
@@ -48,12 +48,13 @@ struct CatalogueEntry
 class Database
 {
 public:
-    /// Throws FileError (missing, not readable), CorruptFile (no Access file, damaged header), AppError(PasswordWrong).
-    [[nodiscard]] static std::unique_ptr<Database> open(const std::string &path, const OpenOptions &options = {},
-                                                        Folder &folder = posixFolder());
+    /// Throws FileError (missing, not readable), CorruptFile (no Access file, damaged header),
+    /// AppError(PasswordWrong).
+    [[nodiscard]] static std::unique_ptr<Database>
+    open(const std::string &path, const OpenOptions &options = {}, Folder &folder = posixFolder());
     /// Makes a new file; throws AppError(ObjectExists) when there is one.
-    [[nodiscard]] static std::unique_ptr<Database> create(const std::string &path, const CreateOptions &options = {},
-                                                          Folder &folder = posixFolder());
+    [[nodiscard]] static std::unique_ptr<Database>
+    create(const std::string &path, const CreateOptions &options = {}, Folder &folder = posixFolder());
     ~Database();
 
     [[nodiscard]] Version version() const;
@@ -86,8 +87,8 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
-/// All changes inside it are one unit: nothing reaches the file before commit(). The changes of Table open one of their
-/// own when none is open.
+/// All changes inside it are one unit: nothing reaches the file before commit(). The changes of Table open
+/// one of their own when none is open.
 class ChangeScope
 {
 public:

@@ -1,8 +1,8 @@
 // Files and folders as the storage engine sees them.
 //
-// Every byte the engine reads or writes passes through File; every file it finds, makes or removes through Folder.
-// Tests put a file in memory and one that fails at will in their place. Each operation does all that it was asked or
-// throws FileError; there are no short reads or writes for callers to forget.
+// Every byte the engine reads or writes passes through File; every file it finds, makes or removes through
+// Folder. Tests put a file in memory and one that fails at will in their place. Each operation does all that
+// it was asked or throws FileError; there are no short reads or writes for callers to forget.
 #pragma once
 
 #include <chrono>
@@ -26,8 +26,8 @@ public:
     virtual void truncate(std::uint64_t size) = 0;
     /// Returns when everything written so far would survive a power cut.
     virtual void sync() = 0;
-    /// Takes or releases a byte-range lock without waiting; false when somebody else holds it. Ranges may lie past
-    /// the end of the file.
+    /// Takes or releases a byte-range lock without waiting; false when somebody else holds it. Ranges may lie
+    /// past the end of the file.
     [[nodiscard]] virtual bool lock(std::uint64_t at, std::uint64_t count, LockKind kind) = 0;
 };
 

@@ -13,10 +13,13 @@ enum class Version : std::uint8_t { Jet3, Jet4 };
 
 enum class PageNo : std::uint32_t {}; ///< index of a page in the file; page 0 is the file header
 
-[[nodiscard]] constexpr std::uint32_t number(PageNo page) { return static_cast<std::uint32_t>(page); }
+[[nodiscard]] constexpr std::uint32_t number(PageNo page)
+{
+    return static_cast<std::uint32_t>(page);
+}
 
-/// A row's place: page and slot on it. It stays valid until the row is deleted; a row that moves to another page keeps
-/// the place of its first slot.
+/// A row's place: page and slot on it. It stays valid until the row is deleted; a row that moves to another
+/// page keeps the place of its first slot.
 struct RowId
 {
     PageNo page{};
@@ -94,30 +97,72 @@ struct Format
 };
 
 inline constexpr Format kJet3{
-    .version = Version::Jet3, .pageSize = 2048,
-    .slotCount = 8, .slotTable = 10, .maxRowSize = 2012,
-    .definitionFixed = 43, .rowCount = 12, .lastAutonumber = 16, .tableType = 20, .columnNumbersEver = 21,
-    .variableColumnsEver = 23, .columnCount = 25, .namedIndexCount = 27, .storedIndexCount = 31, .ownedMap = 35,
-    .freeMap = 39, .indexCountRecord = 8, .columnRecord = 18, .storedIndexRecord = 39, .namedIndexRecord = 20,
+    .version = Version::Jet3,
+    .pageSize = 2048,
+    .slotCount = 8,
+    .slotTable = 10,
+    .maxRowSize = 2012,
+    .definitionFixed = 43,
+    .rowCount = 12,
+    .lastAutonumber = 16,
+    .tableType = 20,
+    .columnNumbersEver = 21,
+    .variableColumnsEver = 23,
+    .columnCount = 25,
+    .namedIndexCount = 27,
+    .storedIndexCount = 31,
+    .ownedMap = 35,
+    .freeMap = 39,
+    .indexCountRecord = 8,
+    .columnRecord = 18,
+    .storedIndexRecord = 39,
+    .namedIndexRecord = 20,
     .nameLengthPrefix = 1,
-    .indexMask = 22, .indexEntries = 248, .indexPrevious = 8, .indexNext = 12, .indexTail = 16, .indexPrefix = 20,
+    .indexMask = 22,
+    .indexEntries = 248,
+    .indexPrevious = 8,
+    .indexNext = 12,
+    .indexTail = 16,
+    .indexPrefix = 20,
     .indexLevel = 21,
     .usageMapRow = 133,
-    .inlineLongValue = 32, .chainedPerRow = 2032,
+    .inlineLongValue = 32,
+    .chainedPerRow = 2032,
     .commitCounters = 0x600,
 };
 
 inline constexpr Format kJet4{
-    .version = Version::Jet4, .pageSize = 4096,
-    .slotCount = 12, .slotTable = 14, .maxRowSize = 4060,
-    .definitionFixed = 63, .rowCount = 16, .lastAutonumber = 20, .tableType = 40, .columnNumbersEver = 41,
-    .variableColumnsEver = 43, .columnCount = 45, .namedIndexCount = 47, .storedIndexCount = 51, .ownedMap = 55,
-    .freeMap = 59, .indexCountRecord = 12, .columnRecord = 25, .storedIndexRecord = 52, .namedIndexRecord = 28,
+    .version = Version::Jet4,
+    .pageSize = 4096,
+    .slotCount = 12,
+    .slotTable = 14,
+    .maxRowSize = 4060,
+    .definitionFixed = 63,
+    .rowCount = 16,
+    .lastAutonumber = 20,
+    .tableType = 40,
+    .columnNumbersEver = 41,
+    .variableColumnsEver = 43,
+    .columnCount = 45,
+    .namedIndexCount = 47,
+    .storedIndexCount = 51,
+    .ownedMap = 55,
+    .freeMap = 59,
+    .indexCountRecord = 12,
+    .columnRecord = 25,
+    .storedIndexRecord = 52,
+    .namedIndexRecord = 28,
     .nameLengthPrefix = 2,
-    .indexMask = 27, .indexEntries = 480, .indexPrevious = 12, .indexNext = 16, .indexTail = 20, .indexPrefix = 24,
+    .indexMask = 27,
+    .indexEntries = 480,
+    .indexPrevious = 12,
+    .indexNext = 16,
+    .indexTail = 20,
+    .indexPrefix = 24,
     .indexLevel = 26,
     .usageMapRow = 69,
-    .inlineLongValue = 64, .chainedPerRow = 4072,
+    .inlineLongValue = 64,
+    .chainedPerRow = 4072,
     .commitCounters = 0xE00,
 };
 

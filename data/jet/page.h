@@ -1,7 +1,7 @@
 // Checked views of the bytes of one page (or of a definition joined from several pages).
 //
-// Every read is bounds-checked and throws CorruptFile naming page and offset; nothing casts a pointer to a struct.
-// Numbers are little-endian.
+// Every read is bounds-checked and throws CorruptFile naming page and offset; nothing casts a pointer to a
+// struct. Numbers are little-endian.
 #pragma once
 
 #include "common/errors.h"
@@ -40,11 +40,26 @@ public:
         return m_bytes.subspan(at, count);
     }
 
-    [[nodiscard]] std::uint8_t u8(std::size_t at) const { return std::to_integer<std::uint8_t>(slice(at, 1)[0]); }
-    [[nodiscard]] std::uint16_t u16(std::size_t at) const { return static_cast<std::uint16_t>(unsignedAt(at, 2)); }
-    [[nodiscard]] std::uint32_t u24(std::size_t at) const { return static_cast<std::uint32_t>(unsignedAt(at, 3)); }
-    [[nodiscard]] std::uint32_t u32(std::size_t at) const { return static_cast<std::uint32_t>(unsignedAt(at, 4)); }
-    [[nodiscard]] std::int64_t i64(std::size_t at) const { return static_cast<std::int64_t>(unsignedAt(at, 8)); }
+    [[nodiscard]] std::uint8_t u8(std::size_t at) const
+    {
+        return std::to_integer<std::uint8_t>(slice(at, 1)[0]);
+    }
+    [[nodiscard]] std::uint16_t u16(std::size_t at) const
+    {
+        return static_cast<std::uint16_t>(unsignedAt(at, 2));
+    }
+    [[nodiscard]] std::uint32_t u24(std::size_t at) const
+    {
+        return static_cast<std::uint32_t>(unsignedAt(at, 3));
+    }
+    [[nodiscard]] std::uint32_t u32(std::size_t at) const
+    {
+        return static_cast<std::uint32_t>(unsignedAt(at, 4));
+    }
+    [[nodiscard]] std::int64_t i64(std::size_t at) const
+    {
+        return static_cast<std::int64_t>(unsignedAt(at, 8));
+    }
     [[nodiscard]] double f64(std::size_t at) const { return std::bit_cast<double>(i64(at)); }
 
 private:

@@ -30,6 +30,8 @@ public:
     [[nodiscard]] explicit operator bool() const { return m_frame != nullptr; }
     [[nodiscard]] PageNo page() const;
     [[nodiscard]] PageView view() const;
+    /// True when both handles see the same bytes.
+    bool operator==(const PagePin &other) const { return m_frame == other.m_frame; }
 
     struct Frame;
 

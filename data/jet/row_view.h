@@ -5,6 +5,7 @@
 #pragma once
 
 #include "data/jet/page_cache.h"
+#include "data/jet/row_codec.h"
 #include "data/jet/types.h"
 
 #include <span>
@@ -31,7 +32,7 @@ public:
     [[nodiscard]] bool boolean(std::size_t column) const;
     [[nodiscard]] std::int32_t integer(std::size_t column) const; ///< Byte, Integer, Long
     [[nodiscard]] std::int64_t currencyRaw(std::size_t column) const;
-    [[nodiscard]] double number(std::size_t column) const; ///< Single, Double, DateTime
+    [[nodiscard]] double number(std::size_t column) const;    ///< Single, Double, DateTime
     [[nodiscard]] std::string text(std::size_t column) const; ///< Text and Memo, UTF-8
 
     /// The field as a Value. Unknown types give their bytes.
@@ -40,15 +41,19 @@ public:
 private:
     friend class Table;
     friend class Cursor;
-    Table *m_table = nullptr;
+
+    /// Shows the row `row`, which lies on the page of `pin`, in place of what was shown before.
+    void bind(const TableLayout &layout, RowId id, const PagePin &pin, std::span<const std::byte> row);
+    [[nodiscard]] bool maskBit(std::uint16_t number) const;
+    /// The bytes of a field of fixed length that is not null, checked for that length.
+    [[nodiscard]] const std::byte *scalar(std::size_t column, std::size_t size) const;
+    [[nodiscard]] Value scalarValue(std::size_t column, ColumnType type) const;
+
+    const TableLayout *m_layout = nullptr;
     RowId m_id;
     PagePin m_pin;
     std::span<const std::byte> m_row;
-    // What the end of the row says, found once when the view is made.
-    std::uint16_t m_columns = 0;
-    std::uint16_t m_variables = 0;
-    std::size_t m_mask = 0;
-    std::size_t m_offsets = 0; ///< place of entry 0 of the offset table
+    RowShape m_shape; ///< what the end of the row says, found once when the view is made
 };
 
 } // namespace jet

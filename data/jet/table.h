@@ -1,9 +1,9 @@
 // Table: rows of one table, read and changed so that every index stays right.
 //
-// Values are given and returned by position in definition().columns. A change either happens whole (row, long values,
-// all indexes, counters) or throws and leaves the file as it was. Before the first change the table is examined once;
-// a table that this program does not know how to keep right is refused with AppError(TableReadOnly) and a sentence that
-// says why, before anything is written.
+// Values are given and returned by position in definition().columns. A change either happens whole (row, long
+// values, all indexes, counters) or throws and leaves the file as it was. Before the first change the table
+// is examined once; a table that this program does not know how to keep right is refused with
+// AppError(TableReadOnly) and a sentence that says why, before anything is written.
 #pragma once
 
 #include "data/jet/row_view.h"
@@ -17,8 +17,8 @@ namespace jet {
 
 class Database;
 
-/// Bounds of a walk along one stored index, in the column order of the index. Each bound holds values for the first
-/// columns of the index; an empty bound is open.
+/// Bounds of a walk along one stored index, in the column order of the index. Each bound holds values for the
+/// first columns of the index; an empty bound is open.
 struct KeyRange
 {
     std::vector<Value> lower;
@@ -29,7 +29,8 @@ struct KeyRange
     [[nodiscard]] static KeyRange equal(std::vector<Value> key) { return {key, key, true, true}; }
 };
 
-/// Walks over rows: a scan in storage order, or along an index. It holds row places, not pointers, and survives changes.
+/// Walks over rows: a scan in storage order, or along an index. It holds row places, not pointers, and
+/// survives changes.
 class Cursor
 {
 public:
@@ -41,9 +42,10 @@ public:
     Cursor &operator=(Cursor &&) noexcept;
     ~Cursor();
 
+    struct Impl;
+
 private:
     friend class Table;
-    struct Impl;
     explicit Cursor(std::unique_ptr<Impl> impl);
     std::unique_ptr<Impl> m_impl;
     RowView m_row;
@@ -60,18 +62,20 @@ public:
 
     /// All rows in storage order.
     [[nodiscard]] Cursor scan();
-    /// The rows of a range in the order of a stored index. A text bound that cannot be turned into a key (a character
-    /// outside the key table, an unknown sort order) throws AppError(TableReadOnly): scan instead. Text keys do not tell
-    /// case apart: the caller still tests the real values where case matters.
+    /// The rows of a range in the order of a stored index. A text bound that cannot be turned into a key (a
+    /// character outside the key table, an unknown sort order) throws AppError(TableReadOnly): scan instead.
+    /// Text keys do not tell case apart: the caller still tests the real values where case matters.
     [[nodiscard]] Cursor along(std::size_t storedIndex, const KeyRange &range = {});
     /// True when along() can serve the index with bounds.
     [[nodiscard]] bool canSeek(std::size_t storedIndex);
     /// The row at a place; nothing when it was deleted meanwhile.
     [[nodiscard]] std::optional<RowView> fetch(RowId id);
 
-    /// Adds a row. One value per column; an autonumber column that is null gets the next number. Returns the row's place.
+    /// Adds a row. One value per column; an autonumber column that is null gets the next number. Returns the
+    /// row's place.
     RowId insert(std::span<const Value> values);
-    /// Changes the named columns (position, value) of a row. Throws AppError(NoCurrentRow) when the row is gone.
+    /// Changes the named columns (position, value) of a row. Throws AppError(NoCurrentRow) when the row is
+    /// gone.
     void update(RowId id, std::span<const std::pair<std::size_t, Value>> changes);
     /// Deletes a row. Throws AppError(NoCurrentRow) when the row is gone.
     void erase(RowId id);

@@ -30,19 +30,19 @@ enum class ColumnType : std::uint8_t {
 struct Column
 {
     std::string name;
-    std::uint8_t typeCode = 0;   ///< as in the file; a code outside ColumnType is read by its length
-    std::uint16_t number = 0;    ///< bit in the null mask; never reused
+    std::uint8_t typeCode = 0; ///< as in the file; a code outside ColumnType is read by its length
+    std::uint16_t number = 0;  ///< bit in the null mask; never reused
     std::uint16_t variableIndex = 0;
-    std::uint16_t ordinal = 0;   ///< place in the user's column order
+    std::uint16_t ordinal = 0; ///< place in the user's column order
     std::uint16_t fixedOffset = 0;
-    std::uint16_t length = 0;    ///< bytes; text: 1 per character in Jet 3, 2 in Jet 4
+    std::uint16_t length = 0; ///< bytes; text: 1 per character in Jet 3, 2 in Jet 4
     std::uint16_t sortOrder = 0;
     std::uint8_t sortOrderVersion = 0;
-    std::uint16_t codePage = 0;  ///< Jet 3
-    std::uint8_t precision = 0;  ///< decimal
-    std::uint8_t scale = 0;      ///< decimal
+    std::uint16_t codePage = 0; ///< Jet 3
+    std::uint8_t precision = 0; ///< decimal
+    std::uint8_t scale = 0;     ///< decimal
     std::uint8_t flags = 0;
-    std::uint8_t flags2 = 0;     ///< Jet 4
+    std::uint8_t flags2 = 0; ///< Jet 4
 
     [[nodiscard]] ColumnType type() const { return static_cast<ColumnType>(typeCode); }
     [[nodiscard]] bool isFixed() const { return (flags & 0x01) != 0; }
@@ -72,7 +72,7 @@ struct StoredIndex
     std::uint8_t flags = 0;
     std::uint32_t entriesAtBuild = 0; ///< statistics; see docs/jet-format.md
     std::uint32_t distinctKeys = 0;
-    bool primary = false;             ///< some named index on it is the primary key
+    bool primary = false; ///< some named index on it is the primary key
 
     [[nodiscard]] bool isUnique() const { return (flags & 0x01) != 0 || primary; }
     [[nodiscard]] bool ignoresNulls() const { return (flags & 0x02) != 0; }

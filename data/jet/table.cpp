@@ -1,0 +1,165 @@
+#include "data/jet/table.h"
+
+#include "data/jet/table_impl.h"
+
+namespace jet {
+namespace {
+
+/// A moved row names its body. More steps than these are a circle.
+constexpr int kMaxMoves = 8;
+
+/// A row's body, found from the slot that indexes know.
+struct Body
+{
+    RowId at;
+    PagePin pin;
+    Slot slot;
+};
+
+[[nodiscard]] Body findBody(PageCache &cache, std::uint32_t owner, RowId id, const PagePin &firstPin,
+                            const Slot &first)
+{
+    const Format &format = cache.format();
+    Body body{id, firstPin, first};
+    for (int moves = 0; body.slot.moved; ++moves) {
+        if (moves == kMaxMoves)
+            throw damagedRow(id, "its body is moved in a circle");
+        if (body.slot.size() < 4)
+            throw damagedRow(body.at, "it was moved, but does not say where to");
+        body.at = RowId::fromPointer(body.pin.view().u32(body.slot.start));
+        body.pin = cache.pin(body.at.page);
+        if (!isDataPageOf(body.pin.view(), owner))
+            throw damagedRow(id, "it was moved to page " + std::to_string(number(body.at.page)) +
+                                     ", which belongs to another table");
+        body.slot = slotAt(body.pin.view(), format, body.at.slot);
+        if (body.slot.isDeleted())
+            throw damagedRow(id, "its body was deleted");
+    }
+    return body;
+}
+
+class ScanCursor : public Cursor::Impl
+{
+public:
+    explicit ScanCursor(Table::Impl &table)
+        : m_table(table)
+        , m_cache(table.db.cache)
+    {}
+
+    bool next(RowView &row) override
+    {
+        for (;;) {
+            if (m_pin && m_seen != m_cache.changeCount())
+                open(m_page);
+            while (m_slot < m_slots) {
+                const RowId id{m_page, static_cast<std::uint8_t>(m_slot++)};
+                const Slot slot = slotAt(m_pin.view(), m_table.format(), id.slot);
+                if (slot.hidden)
+                    continue;
+                m_table.show(row, id, m_pin, slot);
+                return true;
+            }
+            const UsageMap owned(m_table.db.store, m_table.definition.ownedMap);
+            const auto page = owned.next(m_started ? PageNo{number(m_page) + 1} : PageNo{0});
+            if (!page)
+                return false;
+            m_started = true;
+            m_page = *page;
+            m_slot = 0;
+            open(m_page);
+        }
+    }
+
+private:
+    /// Pins the page as it is now; a page that is no longer the table's has no rows.
+    void open(PageNo page)
+    {
+        m_pin = m_cache.pin(page);
+        m_seen = m_cache.changeCount();
+        m_slots = isDataPageOf(m_pin.view(), m_table.owner()) ? slotCount(m_pin.view(), m_table.format()) : 0;
+        if (m_slots > kMaxSlots + 1)
+            throw damaged(page, "more rows than a page can name");
+    }
+
+    Table::Impl &m_table;
+    PageCache &m_cache;
+    PagePin m_pin;
+    PageNo m_page{};
+    bool m_started = false;
+    std::size_t m_slot = 0;
+    std::size_t m_slots = 0;
+    std::uint64_t m_seen = 0;
+};
+
+} // namespace
+
+void Table::Impl::show(RowView &view, RowId id, const PagePin &pin, const Slot &slot)
+{
+    if (!slot.moved) {
+        view.bind(layout, id, pin, pin.view().slice(slot.start, slot.size()));
+        return;
+    }
+    const Body body = findBody(db.cache, owner(), id, pin, slot);
+    view.bind(layout, id, body.pin, body.pin.view().slice(body.slot.start, body.slot.size()));
+}
+
+RowId Table::Impl::bodyOf(RowId id)
+{
+    const PagePin pin = db.cache.pin(id.page);
+    return findBody(db.cache, owner(), id, pin, slotAt(pin.view(), format(), id.slot)).at;
+}
+
+Cursor::Cursor(std::unique_ptr<Impl> impl)
+    : m_impl(std::move(impl))
+{}
+Cursor::Cursor(Cursor &&) noexcept = default;
+Cursor &Cursor::operator=(Cursor &&) noexcept = default;
+Cursor::~Cursor() = default;
+
+bool Cursor::next()
+{
+    return m_impl->next(m_row);
+}
+
+Table::Table(Database &database, TableDefinition definition)
+    : m_impl(std::make_unique<Impl>(*this, database, *database.m_impl, std::move(definition)))
+{}
+
+Table::~Table() = default;
+
+const TableDefinition &Table::definition() const
+{
+    return m_impl->definition;
+}
+
+Database &Table::database() const
+{
+    return m_impl->database;
+}
+
+Cursor Table::scan()
+{
+    return Cursor(std::make_unique<ScanCursor>(*m_impl));
+}
+
+std::optional<RowView> Table::fetch(RowId id)
+{
+    if (number(id.page) >= m_impl->db.cache.pageCount())
+        return std::nullopt;
+    const PagePin pin = m_impl->db.cache.pin(id.page);
+    if (!isDataPageOf(pin.view(), m_impl->owner()) || id.slot >= slotCount(pin.view(), m_impl->format()))
+        return std::nullopt;
+    const Slot slot = slotAt(pin.view(), m_impl->format(), id.slot);
+    if (slot.hidden)
+        return std::nullopt;
+    RowView view;
+    m_impl->show(view, id, pin, slot);
+    return view;
+}
+
+std::uint32_t Table::approximateRows() const
+{
+    return m_impl->db.cache.pin(m_impl->definition.page).view().u32(m_impl->format().rowCount);
+}
+
+} // namespace jet
