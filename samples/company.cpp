@@ -18,14 +18,14 @@ constexpr User kUsers[] = {
     {5, "clerk", "ledger", false, false, false, std::nullopt},
 };
 
-std::int64_t plannedMovements(const Options &options, const FinancialYear &year, int index, Day last)
+YearPlan planOf(const Options &options, const FinancialYear &year, int index)
 {
-    if (index == options.years - 1 && options.newestMovements)
-        return *options.newestMovements;
-    if (index == options.years - 2 && options.previousMovements)
-        return *options.previousMovements;
-    const std::int64_t passed = (last - year.start).count() + 1;
-    return options.movements * passed / ((year.end - year.start).count() + 1);
+    const Day last = std::min(year.end, options.date);
+    const std::optional<std::int64_t> exact = index == options.years - 1   ? options.newestMovements
+                                              : index == options.years - 2 ? options.previousMovements
+                                                                           : std::nullopt;
+    return exact ? YearPlan{index, year.start, last, *exact, last}
+                 : YearPlan{index, year.start, last, options.movements, year.end};
 }
 
 } // namespace
@@ -51,12 +51,9 @@ std::vector<CompanyYear> companyYears(const Options &options, int number)
     std::vector<CompanyYear> years;
     for (const FinancialYear &year : financialYears(options.date, options.years)) {
         const int index = static_cast<int>(years.size());
-        const Day last = std::min(year.end, options.date);
-        years.push_back({number,
-                         company(number).newestYearCode - (options.years - 1 - index),
-                         year,
+        years.push_back({number, company(number).newestYearCode - (options.years - 1 - index), year,
                          "Y" + std::string(company(number).code) + year.label(),
-                         {index, year.start, last, plannedMovements(options, year, index, last)}});
+                         planOf(options, year, index)});
     }
     return years;
 }

@@ -47,6 +47,12 @@ std::size_t yearMonth(Day day)
     return (monthIndex(day) + 9) % kMonths;
 }
 
+/// Both days included.
+std::int64_t dayCount(Day first, Day last)
+{
+    return (last - first).count() + 1;
+}
+
 constexpr Currency kNone;
 
 Currency units(std::int64_t count)
@@ -107,7 +113,9 @@ StockHistory::StockHistory(const PartCatalogue &catalogue, std::uint64_t seed, i
 void StockHistory::makeYear(const YearPlan &plan, const MovementSink &movement, const OrderSink &order)
 {
     startYear(plan);
-    const std::int64_t rows = plan.movements - writeOpening(plan, movement);
+    const std::int64_t days = dayCount(plan.first, plan.last);
+    const std::int64_t rows =
+        (plan.movements - writeOpening(plan, movement)) * days / dayCount(plan.first, plan.countedTo);
 
     std::uint64_t total = 0;
     for (Day day = plan.first; day <= plan.last; day += chrono::days{1})
@@ -143,7 +151,7 @@ void StockHistory::startYear(const YearPlan &plan)
 
     // Pieces that a month is expected to take: about four rows in five are sales, of the mean of two draws'
     // lower one.
-    const std::int64_t days = std::max<std::int64_t>((plan.last - plan.first).count() + 1, 30);
+    const std::int64_t days = dayCount(plan.first, plan.countedTo);
     for (const std::size_t at : m_active) {
         const Part &part = m_catalogue.parts[at];
         const std::int64_t salesPerMonth = plan.movements * 8 / 10 * 30 * Currency::kScale / days;
@@ -229,7 +237,7 @@ bool StockHistory::needsReceipt(std::size_t part)
     const Part &item = m_catalogue.parts[part];
     const Currency present = stock(part);
     if (present <= kNone)
-        return m_random.chance(8, 10);
+        return m_random.chance(19, 20);
     Currency level = Currency::fromRaw(m_states[part].monthly.raw() * item.reorderTenths / 10);
     if (item.reorderTenths >= 20)
         level = std::max(level, units(2));
@@ -251,15 +259,19 @@ Movement StockHistory::issue(std::size_t part, Day day)
 {
     const Part &item = m_catalogue.parts[part];
     const State &state = m_states[part];
-    const Currency quantity = drawQuantity(item);
+    Currency quantity = drawQuantity(item);
+    // The customer takes what there is. Now and then a part is sold whose receipt is entered later, and the
+    // stock falls below nothing meanwhile.
+    if (stock(part) > kNone)
+        quantity = std::min(quantity, stock(part));
     std::int32_t form = drawForm(m_random);
-    // What the main store does not have cannot leave it by transfer or return; the customer is served all the
-    // same and the stock falls below nothing until the receipt is entered.
+    // What the main store does not have cannot leave it by transfer or return.
     if (isExcluded(form) && state.mainStore < quantity)
         form = form::kCashSale;
     if (form == form::kSaleReturn || form == form::kExcess)
         return {item.code, quantity, kNone, day, form, std::int16_t{0}};
-    const bool fromWorkshop = form == form::kWorkshopSale && state.workshop >= quantity;
+    const bool fromWorkshop =
+        state.workshop >= quantity && (form == form::kWorkshopSale || state.mainStore < quantity);
     return {item.code, kNone, quantity, day, form, static_cast<std::int16_t>(fromWorkshop ? 1 : 0)};
 }
 

@@ -82,7 +82,8 @@ struct YearPlan
     int index = 0; ///< 0 the oldest
     Day first{};
     Day last{};                 ///< last day with movements, included
-    std::int64_t movements = 0; ///< rows in all, opening rows included
+    std::int64_t movements = 0; ///< rows from `first` to `countedTo`, opening rows included
+    Day countedTo{}; ///< `last`, or the end of a running year: then the rest after `last` is left out
 };
 
 class StockHistory
@@ -93,7 +94,8 @@ public:
 
     StockHistory(const PartCatalogue &catalogue, std::uint64_t seed, int company);
 
-    /// Makes the next year; the years must be made in their order. Exactly `plan.movements` rows.
+    /// Makes the next year; the years must be made in their order. Exactly `plan.movements` rows when they
+    /// are counted to the last day.
     void makeYear(const YearPlan &plan, const MovementSink &movement, const OrderSink &order);
 
     /// Stock of a part of the catalogue, all stock points together.
