@@ -10,6 +10,7 @@
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
 #include "orders/permission.h"
 #include "orders/persistence.h"
+#include "output/print_order.h"
 
 #include <QCloseEvent>
 #include <QKeyEvent>
@@ -208,9 +209,8 @@ void frmOrd::Load_Months()
 void frmOrd::Load_Print_Order()
 {
     m_ui->cmbOrder->clear();
-    m_ui->cmbOrder->addEntry(tr("Part Number wise"), 1);
-    m_ui->cmbOrder->addEntry(tr("Part Name wise"), 2);
-    m_ui->cmbOrder->addEntry(tr("Orginal Order"), 3); // Spelled so on purpose.
+    for (const output::PrintOrderEntry &entry : output::kPrintOrders)
+        m_ui->cmbOrder->addEntry(tr(entry.text), static_cast<std::int32_t>(entry.order));
 }
 
 void frmOrd::cmbType_Click()
