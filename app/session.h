@@ -1,7 +1,8 @@
-// The session record: who is logged in, which company and year are open, and what the windows hand to one another.
+// The session record: who is logged in, which company and year are open, and what the windows hand to one
+// another.
 //
-// Plain values without behaviour; one object lives for the whole run. The database layer fills it and every form reads
-// it, therefore it is the one header of this folder that lower folders may include.
+// Plain values without behaviour; one object lives for the whole run. The database layer fills it and every
+// form reads it, therefore it is the one header of this folder that lower folders may include.
 #pragma once
 
 #include "common/date.h"
@@ -51,8 +52,8 @@ struct Session
     bool PrintRates = false;       ///< state of the rate check box at the last print
 
     // What the order form and the search forms hand to each other
-    std::uint8_t SearchKind = 0;   ///< 10 suppliers; 1 to 4 spare-part category
-    std::string SearchFilter;      ///< the first typed character, or ""
+    std::uint8_t SearchKind = 0;    ///< 10 suppliers; 1 to 4 spare-part category
+    std::string SearchFilter;       ///< the first typed character, or ""
     std::int32_t FoundLedgCode = 0; ///< chosen supplier; 0 means nothing chosen
     std::string FoundLedgName;
     std::int32_t FoundItemCode = 0; ///< chosen part; 0 means nothing chosen

@@ -123,24 +123,23 @@ void frm_Srh_Spares::layOut()
 void frm_Srh_Spares::Form_Load()
 {
     setWindowTitle(tr("Spare Part Search"));
-    const QSize share(static_cast<int>(m_context.session.MdiWidth * kWidthShare),
-                      static_cast<int>(m_context.session.MdiHeight * kHeightShare));
-    resize(share.expandedTo(kLeastSize));
-    Design();
-    Design_Veh();
-}
-
-void frm_Srh_Spares::Calling()
-{
     Session &session = m_context.session;
     session.FoundItemCode = 0;
     session.FoundPartCode.clear();
     session.FoundItemName.clear();
+    const QSize share(static_cast<int>(session.MdiWidth * kWidthShare),
+                      static_cast<int>(session.MdiHeight * kHeightShare));
+    resize(share.expandedTo(kLeastSize));
+    Design();
+    Design_Veh();
+    ui::guarded(this, [this] { searchFilter(); });
+}
+
+void frm_Srh_Spares::searchFilter()
+{
     // Filled without its handler, so that an empty filter searches too, and only once.
-    {
-        const QSignalBlocker blocker(m_txtItem_Name);
-        m_txtItem_Name->setText(ui::shown(session.SearchFilter).toUpper());
-    }
+    const QSignalBlocker blocker(m_txtItem_Name);
+    m_txtItem_Name->setText(ui::shown(upperText(m_context.session.SearchFilter)));
     txtItem_Name_Change();
 }
 

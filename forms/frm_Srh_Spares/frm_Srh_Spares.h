@@ -24,11 +24,9 @@ class frm_Srh_Spares : public ui::FormDialog
     Q_OBJECT
 
 public:
+    /// Loads the form: forgets the last choice, puts the session's search filter (the letter typed in the
+    /// grid, or "") into the name box and searches at once.
     explicit frm_Srh_Spares(const forms::Context &context, QWidget *parent = nullptr);
-
-    /// Forgets the last choice, puts the session's search filter (the letter typed in the grid, or "") into
-    /// the name box and searches; called before the form is shown. Throws what the databases throw.
-    void Calling();
 
 protected:
     void Form_Activate() override;
@@ -36,6 +34,7 @@ protected:
 private:
     void layOut();
     void Form_Load();
+    void searchFilter();
     void Load_Items();
     void Load_Veh();
     void Design();

@@ -1,0 +1,151 @@
+#include "app/Main.h"
+
+#include "common/ui/connect.h"
+#include "common/ui/text.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr QSize kUsualSize(1280, 800);
+constexpr QSize kLeastSize(960, 600);
+
+QLabel *statusLabel(const char *name, const QString &text)
+{
+    auto *label = new QLabel(text);
+    label->setObjectName(QLatin1String(name));
+    label->setContentsMargins(6, 0, 6, 0);
+    return label;
+}
+
+} // namespace
+
+Main::Main(const forms::Context &context)
+    : m_context(context)
+    , m_pages(new QStackedWidget(this))
+    , m_area(new QMdiArea(m_pages))
+    , m_closedPage(createClosedPage())
+{
+    setObjectName(QStringLiteral("Main"));
+    setWindowTitle(tr("Velk Spares"));
+    m_area->setObjectName(QStringLiteral("area"));
+    m_pages->addWidget(m_area);
+    m_pages->addWidget(m_closedPage);
+    setCentralWidget(m_pages);
+    createMenu();
+    createStatusBar();
+    setMinimumSize(kLeastSize);
+    resize(kUsualSize);
+}
+
+void Main::createMenu()
+{
+    QMenu *window = menuBar()->addMenu(tr("&Window"));
+    m_closeChild = window->addAction(tr("&Close Order Form"));
+    m_closeChild->setObjectName(QStringLiteral("mnuCloseForm"));
+    m_closeChild->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
+    ui::on(m_closeChild, &QAction::triggered, this, &Main::closeChild);
+    QAction *end = window->addAction(tr("&End Program"));
+    end->setObjectName(QStringLiteral("mnuEnd"));
+    end->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    connect(end, &QAction::triggered, this, &QWidget::close);
+}
+
+void Main::createStatusBar()
+{
+    const Session &session = m_context.session;
+    QString company = ui::shown(session.ComName);
+    if (!session.Town.empty())
+        company += QStringLiteral(", ") + ui::shown(session.Town);
+    const QString year = ui::shown(session.YearStart.toText() + " - " + session.YearEnd.toText());
+    statusBar()->addWidget(statusLabel("lblCompany", company));
+    statusBar()->addWidget(statusLabel("lblYear", tr("Year %1").arg(year)));
+    statusBar()->addWidget(statusLabel("lblUser", tr("User %1").arg(ui::shown(session.UserName))));
+    statusBar()->addPermanentWidget(statusLabel("lblKeys", tr("F2 New   F3 Modify   F4 Delete")));
+}
+
+QWidget *Main::createClosedPage()
+{
+    auto *page = new QWidget(m_pages);
+    auto *text = new QLabel(
+        tr("The order form is closed. To work on orders again, end the program and start it anew."), page);
+    text->setObjectName(QStringLiteral("lblClosed"));
+    auto *end = new QPushButton(tr("&End Program"), page);
+    end->setObjectName(QStringLiteral("cmdEnd"));
+    end->setAutoDefault(true);
+    connect(end, &QPushButton::clicked, this, &QWidget::close);
+
+    auto *column = new QVBoxLayout(page);
+    column->addStretch();
+    column->addWidget(text, 0, Qt::AlignHCenter);
+    column->addSpacing(12);
+    column->addWidget(end, 0, Qt::AlignHCenter);
+    column->addStretch();
+    return page;
+}
+
+void Main::showChild(QWidget *form)
+{
+    m_child = m_area->addSubWindow(form);
+    m_child->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_child, &QObject::destroyed, this, &Main::childClosed);
+    m_child->showMaximized();
+}
+
+void Main::closeChild()
+{
+    if (m_child)
+        m_child->close();
+}
+
+void Main::childClosed()
+{
+    m_child = nullptr;
+    m_closeChild->setEnabled(false);
+    m_pages->setCurrentWidget(m_closedPage);
+    statusBar()->findChild<QLabel *>(QStringLiteral("lblKeys"))->clear();
+    m_closedPage->findChild<QPushButton *>()->setFocus();
+}
+
+bool Main::event(QEvent *event)
+{
+    if (event->type() == QEvent::WindowActivate)
+        MDIForm_Activate();
+    return QMainWindow::event(event);
+}
+
+void Main::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    MDIForm_Resize();
+}
+
+void Main::MDIForm_Activate()
+{
+    m_context.session.MdiHeight = m_area->height();
+    m_context.session.MdiWidth = m_area->width();
+}
+
+void Main::MDIForm_Resize()
+{
+    MDIForm_Activate();
+}
+
+void Main::closeEvent(QCloseEvent *event)
+{
+    // The order form goes first and takes its data sources with it; while it works it stays.
+    if (m_child && !m_child->close()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    m_context.shell.endProgram();
+}

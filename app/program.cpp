@@ -1,0 +1,35 @@
+#include "app/program.h"
+
+#include "forms/frmOrd/frmOrd.h"
+
+Program::Program(Dialogs &dialogs, Clock &clock, Shell &shell, const std::string &folder)
+    : m_context{m_session, m_connections, dialogs, clock, shell, folder}
+{}
+
+void Program::start()
+{
+    m_frmPass = std::make_unique<frmPass>(m_context, *this);
+    if (!m_context.shell.ended())
+        m_frmPass->show();
+}
+
+void Program::showStart()
+{
+    m_frmStart = std::make_unique<frmStart>(m_context, *this);
+    if (m_context.shell.ended())
+        return;
+    m_frmStart->setWindowModality(Qt::ApplicationModal);
+    m_frmStart->show();
+}
+
+void Program::showMain()
+{
+    m_main = std::make_unique<Main>(m_context);
+    m_main->showMaximized();
+    auto order = std::make_unique<frmOrd>(m_context);
+    // A failing statement is skipped here: a year that could not be opened leaves an order form that shows
+    // the error at every action.
+    attempt([&] { order->Calling(); });
+    if (!m_context.shell.ended())
+        m_main->showChild(order.release());
+}
