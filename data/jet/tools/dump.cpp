@@ -11,7 +11,11 @@ namespace {
 
 constexpr std::size_t kLongestHex = 256;
 
-/// The shortest decimal that reads back to the value, without an exponent.
+/// Numbers smaller or larger than this many places from the decimal point are written with an exponent.
+constexpr int kSmallestPlain = -7;
+constexpr int kLargestPlain = 21;
+
+/// The shortest decimal that reads back to the value.
 template <class Number>
 [[nodiscard]] std::string shortest(Number value)
 {
@@ -25,7 +29,10 @@ template <class Number>
     const bool negative = text.front() == '-';
     std::string digits = text.substr(negative ? 1 : 0, mark - (negative ? 1 : 0));
     std::erase(digits, '.');
-    const int point = std::stoi(text.substr(mark + 1)) + 1;
+    const int exponent = std::stoi(text.substr(mark + 1));
+    if (exponent < kSmallestPlain || exponent >= kLargestPlain)
+        return text.substr(0, mark) + "e" + std::to_string(exponent);
+    const int point = exponent + 1;
     if (point <= 0)
         digits.insert(0, static_cast<std::size_t>(1 - point), '0');
     else if (digits.size() < static_cast<std::size_t>(point))
