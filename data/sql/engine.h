@@ -1,9 +1,9 @@
 // SQL over one opened Access file.
 //
-// SQLite parses, plans and joins; every table of the file is offered to it as a virtual table over the file's own
-// cursors and indexes. A statement of the Jet dialect is first rewritten (rewrite.h): its literals become parameters, so
-// that the same text with other literals is compiled once. Only SELECT and DELETE over the file's tables are understood;
-// everything else is refused with SqlError(StatementNotUnderstood).
+// SQLite parses, plans and joins; every table of the file is offered to it as a virtual table over the file's
+// own cursors and indexes. A statement of the Jet dialect is first rewritten (rewrite.h): its literals become
+// parameters, so that the same text with other literals is compiled once. Only SELECT and DELETE over the
+// file's tables are understood; everything else is refused with SqlError(StatementNotUnderstood).
 //
 // Results carry the columns' own types: Currency stays a 64-bit count of ten-thousandths all the way.
 #pragma once
@@ -39,11 +39,11 @@ public:
     // Typed reads without a detour through Value; null reads as 0.
     [[nodiscard]] virtual bool isNull(std::size_t column) const = 0;
     [[nodiscard]] virtual std::int64_t integer(std::size_t column) const = 0; ///< Currency: ten-thousandths
-    [[nodiscard]] virtual double number(std::size_t column) const = 0;
+    [[nodiscard]] virtual double number(std::size_t column) const = 0; ///< Currency: units; dates: serial
     [[nodiscard]] virtual std::string_view text(std::size_t column) const = 0;
 
-    /// The one table whose rows these are, when the statement is "Select * from TABLE [Where ...] [Order by ...]" and
-    /// its rows can therefore be changed; null otherwise.
+    /// The one table whose rows these are, when the statement is "Select * from TABLE [Where ...] [Order by
+    /// ...]" and its rows can therefore be changed; null otherwise.
     [[nodiscard]] virtual jet::Table *table() const = 0;
     /// Place of the current row in table(); only when table() is not null.
     [[nodiscard]] virtual jet::RowId rowId() const = 0;
@@ -52,19 +52,22 @@ public:
 class Engine
 {
 public:
-    /// `database` must outlive the engine.
+    /// `database` must outlive the engine, and the engine its queries.
     explicit Engine(jet::Database &database);
     ~Engine();
 
-    /// Opens a SELECT. Throws SqlError (StatementNotUnderstood, TableNotFound, FieldNotFound) before any row is read.
+    /// Opens a SELECT. Throws SqlError (StatementNotUnderstood, TableNotFound, FieldNotFound) before any row
+    /// is read.
     [[nodiscard]] std::unique_ptr<Query> select(std::string_view text);
-    /// Runs a DELETE ("Delete * from T where ..."); all or nothing. Returns the number of rows deleted. A SELECT is
-    /// compiled and thrown away.
+    /// Runs a DELETE ("Delete * from T where ..."); all or nothing. Returns the number of rows deleted. A
+    /// SELECT is compiled and thrown away.
     std::int64_t execute(std::string_view text);
 
     [[nodiscard]] jet::Database &database() const;
     /// Statements compiled so far; a text that differs from an earlier one only in its literals adds none.
     [[nodiscard]] std::size_t compiledStatements() const;
+    /// Rows that statements have looked at so far: shows whether an index was used.
+    [[nodiscard]] std::uint64_t rowsVisited() const;
 
 private:
     struct Impl;
