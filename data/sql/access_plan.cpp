@@ -12,7 +12,7 @@ constexpr double kFetchedRow = 2.5;    ///< a row by its place instead of in sto
 constexpr double kUnknownShare = 0.01; ///< of the rows that have one value of a field without statistics
 constexpr double kRangeShare = 0.25;   ///< of the rows that one bound lets through
 constexpr double kBeginningShare = 0.05;
-constexpr double kSortStep = 0.5; ///< per row and doubling
+constexpr double kSortStep = 0.1; ///< per row and doubling
 
 bool isLower(Condition::Op op)
 {
@@ -151,12 +151,20 @@ bool isComplete(const Choice &choice, const IndexInfo &index)
     return !choice.arguments.empty() || !index.ignoresNulls;
 }
 
+/// A field that an index of the file begins with needs no remembering.
+bool leadsIndex(const TableInfo &table, int field)
+{
+    return std::any_of(table.indexes.begin(), table.indexes.end(),
+                       [&](const IndexInfo &index) { return index.keys.front().field == field; });
+}
+
 std::optional<Choice> byLookup(const TableInfo &table, const std::vector<Condition> &conditions,
                                const std::vector<OrderTerm> &order)
 {
     const auto equal = find(conditions, [&](const Condition &condition) {
         return condition.op == Condition::Op::Equal && !condition.list &&
-               table.isRemembered[static_cast<std::size_t>(condition.field)];
+               table.isRemembered[static_cast<std::size_t>(condition.field)] &&
+               !leadsIndex(table, condition.field);
     });
     if (!equal)
         return {};
