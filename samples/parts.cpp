@@ -38,7 +38,7 @@ std::string partName(Random &random, const Family &family, std::string_view mode
     std::string name(family.name);
     if (family.higher == 5 || family.higher == 7)
         return random.chance(1, 2) ? name + " " + digits(random.below(90) + 10, 2) : name;
-    const std::string_view position = random.pick(positions());
+    const std::string_view position = random.pick(variantsOf(family));
     if (!position.empty())
         name += " " + std::string(position);
     return random.chance(2, 3) ? name + " " + std::string(model) : name;

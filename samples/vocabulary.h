@@ -12,6 +12,9 @@ namespace samples {
 /// When a part sells best.
 enum class Season : std::uint8_t { None, Summer, Monsoon, Winter };
 
+/// In what a family's parts differ besides the model: place on the vehicle, oversize, or only the revision.
+enum class Variants : std::uint8_t { None, Sides, Ends, Sizes };
+
 /// A kind of part, from which many parts are made.
 struct Family
 {
@@ -20,6 +23,7 @@ struct Family
     int lowPrice;        ///< rupees, cheapest and dearest sale rate
     int highPrice;
     int mostPerSale; ///< pieces on one bill
+    Variants variants = Variants::None;
     Season season = Season::None;
     bool loose = false; ///< sold by the half litre or half metre
 };
@@ -38,7 +42,9 @@ struct Make
 /// The makes that a company sells, by the company's number 0 or 1.
 [[nodiscard]] std::span<const Make> makesOf(int company);
 
-[[nodiscard]] std::span<const std::string_view> positions();  ///< "FRONT", "REAR LH", ...
+/// Words that may follow the family's name; "" among them where none is needed.
+[[nodiscard]] std::span<const std::string_view> variantsOf(const Family &family);
+
 [[nodiscard]] std::span<const std::string_view> townNames();  ///< towns near the dealership
 [[nodiscard]] std::span<const std::string_view> firmNames();  ///< first words of firms
 [[nodiscard]] std::span<const std::string_view> firmTrades(); ///< "AUTO SPARES", "TRADERS", ...
