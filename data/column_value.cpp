@@ -1,11 +1,11 @@
 #include "data/column_value.h"
 
-#include "common/decimal_text.h"
 #include "common/errors.h"
 #include "common/format.h"
 #include "common/null_safe.h"
 #include "common/numbers.h"
 
+#include <charconv>
 #include <cmath>
 #include <limits>
 
@@ -19,13 +19,17 @@ namespace {
                        "Type mismatch: the field " + column.name + " cannot hold such a value.");
 }
 
-/// A whole text that is a number; "12 nos" is none here, since a field must not hold something else than was
-/// meant.
+/// True for a text that is a number from end to end; "12 nos" is none here, since a field must not come to
+/// hold something else than was meant.
 bool isNumber(std::string_view text)
 {
     text = trimmed(text);
-    const bool plain = text.find_first_not_of("+-.0123456789eE") == std::string_view::npos;
-    return plain && DecimalText::read(text).has_value();
+    if (text.starts_with('+'))
+        text.remove_prefix(1);
+    double ignored = 0;
+    const char *const end = text.data() + text.size();
+    const bool digit = text.find_first_of("0123456789") != std::string_view::npos; // "inf" is none either
+    return digit && std::from_chars(text.data(), end, ignored).ptr == end;
 }
 
 void requireNumber(const jet::Column &column, const Value &value)
