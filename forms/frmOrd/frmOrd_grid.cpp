@@ -8,8 +8,10 @@
 #include "forms/frm_Srh_Spares/frm_Srh_Spares.h"
 #include "orders/stock.h"
 
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QScrollBar>
 
 namespace {
 
@@ -58,7 +60,11 @@ void frmOrd::connectGrid()
     ui::on(m_ui->fgList, &GridView::currentCellChanged, this, &frmOrd::fgList_EnterCell);
     ui::on(m_ui->fgList, &GridView::cellClicked, this, &frmOrd::fgList_Click);
     ui::on(m_ui->fgList, &GridView::cellRightPressed, this, &frmOrd::fgList_MouseDown);
-    ui::on(m_ui->fgList, &GridView::scrolled, this, &frmOrd::fgList_Scroll);
+    // The positions of the bars, not every paint of the view: only then the cell moves away.
+    for (QScrollBar *bar : {m_ui->fgList->horizontalScrollBar(), m_ui->fgList->verticalScrollBar()})
+        ui::on(bar, &QScrollBar::valueChanged, this, &frmOrd::fgList_Scroll);
+    connect(m_ui->fgList->horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this] { Move_Grid(m_ui->txtItem); });
     ui::on(m_ui->txtItem, &QLineEdit::textChanged, this, &frmOrd::txtItem_Change);
     // The editor covers its cell, so a press of the right button there arrives at the editor.
     for (QWidget *place : {static_cast<QWidget *>(m_ui->fgList), static_cast<QWidget *>(m_ui->txtItem)}) {

@@ -131,7 +131,6 @@ void frmOrdUi::createGrid(TextGrid &lines)
     fgList->setWidestText(orders::kColRate, QStringLiteral("9999999.00"));
     fgList->setWidestText(orders::kColAmount, QStringLiteral("9999999.00"));
     txtItem = createBox("txtItem", fgList->viewport(), ui::TextBox::Keys::All);
-    txtItem->setFrame(false);
     txtItem->hide();
 }
 
