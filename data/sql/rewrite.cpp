@@ -227,8 +227,11 @@ private:
             terms.push_back(term + (item.descending ? " DESC" : ""));
         }
         if (m_statement.grouped) {
-            for (const ExprPtr &group : m_statement.groupBy)
-                terms.push_back(m_text.sortable(*group));
+            for (const ExprPtr &group : m_statement.groupBy) {
+                std::string term = m_text.sortable(*group);
+                if (std::find(terms.begin(), terms.end(), term) == terms.end())
+                    terms.push_back(std::move(term));
+            }
         } else if (m_statement.distinct) {
             for (std::size_t i = 1; i <= m_result.columns.size(); ++i)
                 terms.push_back(std::to_string(i));
