@@ -73,6 +73,8 @@ private:
     /// Lets the map begin at page 0; the pages below its old beginning are in use.
     void startAtZero(const MapRow &row)
     {
+        if (row.firstPage() % 8 != 0)
+            throw damaged(kGlobalMap.page, row.at, "the map of the file begins in the middle of a byte");
         std::vector<std::byte> bytes(kMapBits + row.firstPage() / 8, std::byte{0});
         bytes.insert(bytes.end(), row.bits().begin(), row.bits().end());
         if (fits(row, bytes.size()))

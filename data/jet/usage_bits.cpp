@@ -36,8 +36,6 @@ MapRow::MapRow(PageCache &cache, RowId id)
     if (kindByte > static_cast<std::uint8_t>(MapKind::Reference))
         throw damaged(id.page, slot.start, "a usage map row is of unknown kind " + std::to_string(kindByte));
     kind = static_cast<MapKind>(kindByte);
-    if (kind == MapKind::Inline && firstPage() % 8 != 0)
-        throw damaged(id.page, slot.start, "a usage map begins in the middle of a byte");
 }
 
 std::uint32_t MapRow::firstPage() const
