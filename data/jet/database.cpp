@@ -197,6 +197,15 @@ Table &Database::Impl::systemTable(PageNo page)
     }
 }
 
+Table &Database::Impl::tableOfPage(PageNo page)
+{
+    for (const CatalogueRow &object : readObjects()) {
+        if (object.isTable() && object.definitionPage() == page)
+            return tableAt(page, object.name);
+    }
+    throw damaged(page, "another table names it as a table, but the catalogue does not");
+}
+
 std::string Database::Impl::readOnlyReason() const
 {
     if (readOnly)

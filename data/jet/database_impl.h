@@ -7,6 +7,7 @@
 #include "data/jet/text_codec.h"
 
 #include <map>
+#include <optional>
 
 namespace jet {
 
@@ -62,7 +63,12 @@ struct Database::Impl
     std::vector<std::unique_ptr<Table>> formerTables; ///< made in a scope that was given up
     std::vector<CatalogueRow> objects;                ///< by name; read at first use
     bool objectsRead = false;
-    std::uint64_t discards = 0; ///< state of the cache in which `objects` was read
+    std::uint64_t discards = 0;     ///< state of the cache in which `objects` was read
+    bool changingCatalogue = false; ///< a table is being made: the catalogue may be written
+
+    /// Date of new objects while the database is new, so that the same calls give the same bytes; else it is
+    /// now.
+    std::optional<Date> objectDate;
 
     /// The catalogue, read again after a scope that may have changed it was given up.
     [[nodiscard]] const std::vector<CatalogueRow> &readObjects();
@@ -71,6 +77,8 @@ struct Database::Impl
     /// The table whose definition begins at a page.
     [[nodiscard]] Table &tableAt(PageNo page, const std::string &name);
     [[nodiscard]] Table &systemTable(PageNo page);
+    /// The table of a definition page that another table names. Throws CorruptFile when there is none.
+    [[nodiscard]] Table &tableOfPage(PageNo page);
     /// Why nothing may be written to this file, or "".
     [[nodiscard]] std::string readOnlyReason() const;
     void requireWritable() const;

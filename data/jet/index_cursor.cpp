@@ -8,22 +8,18 @@
 namespace jet {
 namespace {
 
-[[nodiscard]] const Column &columnOf(const TableDefinition &definition, const IndexColumn &key)
-{
-    // The definition was checked when it was read: every index column exists.
-    return definition.columns[*definition.findNumber(key.column)];
-}
-
 /// Key bytes of the values of a bound.
-[[nodiscard]] KeyBytes boundKey(const TableDefinition &definition, const StoredIndex &index,
-                                const std::vector<Value> &values, Version version)
+[[nodiscard]] KeyBytes boundKey(const Table::Impl &table, std::size_t storedIndex,
+                                const std::vector<Value> &values)
 {
+    const TableDefinition &definition = table.definition;
+    const StoredIndex &index = definition.storedIndexes[storedIndex];
     if (values.size() > index.columns.size())
         throw std::logic_error("a bound has more values than its index has columns");
     KeyBytes key;
     for (std::size_t i = 0; i < values.size(); ++i) {
-        const Column &column = columnOf(definition, index.columns[i]);
-        if (!appendKey(key, values[i], column, index.columns[i].ascending, version))
+        const Column &column = definition.columns[table.keyPositions[storedIndex][i]];
+        if (!appendKey(key, values[i], column, index.columns[i].ascending, table.format().version))
             throw AppError(ErrorNumber::TableReadOnly, "The table " + definition.name +
                                                            " cannot be searched for this " + "value of " +
                                                            column.name + ": it has no index key.");
@@ -99,11 +95,10 @@ IndexTree &Table::Impl::tree(std::size_t storedIndex)
 
 Cursor Table::along(std::size_t storedIndex, const KeyRange &range)
 {
-    const TableDefinition &definition = m_impl->definition;
-    const StoredIndex &index = definition.storedIndexes.at(storedIndex);
-    const Version version = m_impl->format().version;
-    KeyBytes lower = boundKey(definition, index, range.lower, version);
-    KeyBytes upper = boundKey(definition, index, range.upper, version);
+    m_impl->reloadIfStale();
+    const StoredIndex &index = m_impl->definition.storedIndexes.at(storedIndex);
+    KeyBytes lower = boundKey(*m_impl, storedIndex, range.lower);
+    KeyBytes upper = boundKey(*m_impl, storedIndex, range.upper);
     bool lowerIncluded = range.lowerIncluded;
     bool upperIncluded = range.upperIncluded;
     // In a descending column the larger value comes first.
@@ -119,10 +114,12 @@ Cursor Table::along(std::size_t storedIndex, const KeyRange &range)
 bool Table::canSeek(std::size_t storedIndex)
 {
     const StoredIndex &index = m_impl->definition.storedIndexes.at(storedIndex);
-    return std::ranges::all_of(index.columns, [&](const IndexColumn &key) {
-        return unkeyableReason(columnOf(m_impl->definition, key), key.ascending, m_impl->format().version)
-            .empty();
-    });
+    for (std::size_t i = 0; i < index.columns.size(); ++i) {
+        const Column &column = m_impl->definition.columns[m_impl->keyPositions[storedIndex][i]];
+        if (!unkeyableReason(column, index.columns[i].ascending, m_impl->format().version).empty())
+            return false;
+    }
+    return true;
 }
 
 } // namespace jet

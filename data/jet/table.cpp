@@ -1,5 +1,7 @@
 #include "data/jet/table.h"
 
+#include "data/jet/row_writer.h"
+#include "data/jet/table_definition.h"
 #include "data/jet/table_impl.h"
 
 namespace jet {
@@ -36,6 +38,18 @@ struct Body
             throw damagedRow(id, "its body was deleted");
     }
     return body;
+}
+
+[[nodiscard]] std::vector<std::vector<std::size_t>> positionsOfKeys(const TableDefinition &definition)
+{
+    std::vector<std::vector<std::size_t>> positions;
+    for (const StoredIndex &index : definition.storedIndexes) {
+        positions.emplace_back();
+        // The definition was checked when it was read: every index column exists.
+        for (const IndexColumn &key : index.columns)
+            positions.back().push_back(*definition.findNumber(key.column));
+    }
+    return positions;
 }
 
 class ScanCursor : public Cursor::Impl
@@ -92,6 +106,33 @@ private:
 };
 
 } // namespace
+
+Table::Impl::Impl(Table &table, Database &theDatabase, Database::Impl &file, TableDefinition theDefinition)
+    : self(table)
+    , database(theDatabase)
+    , db(file)
+    , definition(std::move(theDefinition))
+    , layout(definition, file.cache, file.codec)
+    , keyPositions(positionsOfKeys(definition))
+    , discards(file.cache.discardCount())
+{}
+
+void Table::Impl::reload()
+{
+    TableDefinition fresh = parseDefinition(joinDefinition(db.cache, definition.page), format(), db.codec);
+    fresh.name = definition.name;
+    definition = std::move(fresh);
+    layout = TableLayout(definition, db.cache, db.codec);
+    keyPositions = positionsOfKeys(definition);
+    discards = db.cache.discardCount();
+    examined = false;
+}
+
+void Table::Impl::reloadIfStale()
+{
+    if (discards != db.cache.discardCount())
+        reload();
+}
 
 void Table::Impl::show(RowView &view, RowId id, const PagePin &pin, const Slot &slot)
 {
@@ -155,6 +196,31 @@ std::optional<RowView> Table::fetch(RowId id)
     RowView view;
     m_impl->show(view, id, pin, slot);
     return view;
+}
+
+RowId Table::insert(std::span<const Value> values)
+{
+    m_impl->requireWritable();
+    return RowWriter(*m_impl).insert(values);
+}
+
+void Table::update(RowId id, std::span<const std::pair<std::size_t, Value>> changes)
+{
+    m_impl->requireWritable();
+    RowWriter(*m_impl).update(id, changes);
+}
+
+void Table::erase(RowId id)
+{
+    m_impl->requireWritable();
+    RowWriter(*m_impl).erase(id);
+}
+
+std::string Table::readOnlyReason()
+{
+    m_impl->reloadIfStale();
+    m_impl->examine();
+    return m_impl->refusal;
 }
 
 std::uint32_t Table::approximateRows() const

@@ -89,9 +89,6 @@ public:
     struct Impl;
 
 private:
-    friend class RowView;
-    friend class Cursor;
-    friend class Database;
     std::unique_ptr<Impl> m_impl;
 };
 

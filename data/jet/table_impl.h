@@ -7,24 +7,36 @@
 #include "data/jet/row_codec.h"
 #include "data/jet/table.h"
 
+#include <string>
+
 namespace jet {
+
+/// What the properties of a table demand of one field.
+struct FieldRule
+{
+    bool required = false;
+    bool emptyTextAllowed = true;
+};
 
 struct Table::Impl
 {
-    Impl(Table &table, Database &theDatabase, Database::Impl &file, TableDefinition theDefinition)
-        : self(table)
-        , database(theDatabase)
-        , db(file)
-        , definition(std::move(theDefinition))
-        , layout(definition, file.cache, file.codec)
-    {}
+    Impl(Table &table, Database &theDatabase, Database::Impl &file, TableDefinition theDefinition);
 
     Table &self;
     Database &database;
     Database::Impl &db;
     TableDefinition definition;
     TableLayout layout;
+    /// Positions in definition.columns of the columns of each stored index.
+    std::vector<std::vector<std::size_t>> keyPositions;
     std::vector<std::unique_ptr<IndexTree>> trees; ///< one per stored index, made at first use
+
+    bool examined = false;        ///< what follows is known
+    std::string refusal;          ///< why rows cannot be changed, or ""
+    std::vector<FieldRule> rules; ///< by position in definition.columns
+    std::uint64_t discards = 0;   ///< state of the cache in which the definition was read
+
+    static Impl &of(Table &table) { return *table.m_impl; }
 
     [[nodiscard]] const Format &format() const { return db.cache.format(); }
     [[nodiscard]] std::uint32_t owner() const { return number(definition.page); }
@@ -34,6 +46,14 @@ struct Table::Impl
     /// Where the bytes of a row lie: its own slot, or the one that the row moved to.
     [[nodiscard]] RowId bodyOf(RowId id);
     [[nodiscard]] IndexTree &tree(std::size_t storedIndex);
+
+    /// Reads the definition again: after an index was added, or a scope that may have added one was given up.
+    void reload();
+    void reloadIfStale();
+    /// Finds out, once, whether this program knows how to keep the table right.
+    void examine();
+    /// Throws AppError(TableReadOnly) when rows cannot be changed.
+    void requireWritable();
 };
 
 struct Cursor::Impl
