@@ -1,0 +1,46 @@
+// A printer stream as text that can be read and reviewed: what is not plain ASCII stands as "<1B>", and a
+// line ends behind every LF and every paper advance. No two streams look the same.
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QTest>
+
+#include <string>
+
+inline QByteArray visibleStream(const QByteArray &bytes)
+{
+    QByteArray text;
+    for (qsizetype at = 0; at < bytes.size(); ++at) {
+        const char byte = bytes[at];
+        if (byte >= ' ' && byte <= '~' && byte != '<')
+            text += byte;
+        else
+            text += '<' + QByteArray(1, byte).toHex().toUpper() + '>';
+        const bool advanced = at >= 2 && bytes.sliced(at - 2, 2) == QByteArray("\x1bJ");
+        if (byte == '\n' || advanced)
+            text += '\n';
+    }
+    return text + '\n';
+}
+
+inline QByteArray fileBytes(const std::string &path)
+{
+    QFile file(QString::fromStdString(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
+inline QByteArray golden(const char *name)
+{
+    return fileBytes(std::string(GOLDEN_FOLDER) + "/" + name + ".txt");
+}
+
+/// Compares line by line, so that a difference is shown where it is.
+inline void compareStream(const QByteArray &bytes, const QByteArray &expected)
+{
+    const auto lines = visibleStream(bytes).split('\n');
+    const auto wanted = expected.split('\n');
+    for (qsizetype line = 0; line < std::min(lines.size(), wanted.size()); ++line)
+        QCOMPARE(lines[line], wanted[line]);
+    QCOMPARE(lines.size(), wanted.size());
+}
