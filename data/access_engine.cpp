@@ -37,8 +37,10 @@ std::shared_ptr<OpenedFile> openShared(const std::string &file, const std::strin
         return shared;
     }
     const bool readOnly = ::access(file.c_str(), W_OK) != 0;
-    auto fresh = std::make_shared<OpenedFile>(
-        jet::Database::open(file, {.password = password, .readOnly = readOnly}), password);
+    auto database = jet::Database::open(file, {.password = password, .readOnly = readOnly});
+    // Read once, so that a file that is cut off fails here and not in the middle of the work.
+    static_cast<void>(database->catalogue());
+    auto fresh = std::make_shared<OpenedFile>(std::move(database), password);
     opened.emplace(identity, fresh);
     return fresh;
 }
