@@ -82,10 +82,11 @@ void IndexTree::split(Path &path, std::size_t depth, IndexPageHead head, const E
                       std::size_t fresh)
 {
     if (depth == 0) {
-        raiseRoot(path, head);
+        raiseRoot(path);
         depth = 1;
         head.previous = head.next = PageNo{};
     }
+    head.level = static_cast<std::uint8_t>(path.leaf() - depth); // some programs leave it out
     const PageNo right = path.pages[depth];
     const std::size_t cut = cutPlace(head, list, fresh);
     const PageEditor left = takePage();
@@ -136,12 +137,12 @@ std::size_t IndexTree::cutPlace(const IndexPageHead &head, const EntryList &list
 
 /// Makes room for a split of the root: the root becomes a node whose only child, the tail, takes its place in
 /// the path. The caller writes the child.
-void IndexTree::raiseRoot(Path &path, const IndexPageHead &head)
+void IndexTree::raiseRoot(Path &path)
 {
     const PageNo child = takePage().page();
     IndexPageHead rootHead;
     rootHead.leaf = false;
-    rootHead.level = static_cast<std::uint8_t>(head.level + 1);
+    rootHead.level = static_cast<std::uint8_t>(path.size);
     rootHead.tail = child;
     write(edit(m_root), rootHead, {});
     path.push(child, m_root);

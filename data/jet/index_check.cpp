@@ -15,17 +15,18 @@ class Walk
 {
 public:
     Walk(PageStore &store, const IndexPlace &place, const std::function<void(const IndexEntry &)> &visit,
-         std::size_t limit)
+         std::size_t limit, LevelBytes levels)
         : m_store(store)
         , m_place(place)
         , m_visit(visit)
         , m_limit(limit)
+        , m_levels(levels)
     {}
 
     std::vector<IndexFault> run()
     {
-        static_cast<void>(page(m_place.root, std::nullopt));
-        for (const auto &[level, last] : m_lastOfLevel)
+        static_cast<void>(page(m_place.root, 0));
+        for (const auto &[height, last] : m_lastOfLevel)
             checkEnd(last);
         checkMap();
         return std::move(m_faults);
@@ -46,9 +47,9 @@ private:
             m_faults.push_back({page, std::move(what)});
     }
 
-    /// Checks a page and all below it. Gives the last leaf entry below it; nothing when there is none or the
-    /// page cannot be read.
-    std::optional<KeyBytes> page(PageNo number, std::optional<std::uint8_t> level)
+    /// Checks a page and all below it; `height` counts the levels above it. Gives the last leaf entry below
+    /// it; nothing when there is none or the page cannot be read.
+    std::optional<KeyBytes> page(PageNo number, std::size_t height)
     {
         if (!m_pages.insert(number).second) {
             fault(number, "the index reaches this page twice");
@@ -57,39 +58,47 @@ private:
         try {
             const PagePin pin = m_store.cache().pin(number);
             const IndexPage page(m_store.format(), pin.view(), m_place.owner);
-            if (!checkHead(page, level))
-                return std::nullopt;
+            checkHead(page, height);
             const EntryList list = page.entries();
-            return page.isLeaf() ? leaf(page, list) : node(page, list);
+            if (page.isLeaf())
+                return leaf(page, list);
+            if (height == IndexTree::kDeepest) {
+                fault(number, "the index has too many levels");
+                return std::nullopt;
+            }
+            std::optional<KeyBytes> last = node(page, list, height);
+            if (m_levels == LevelBytes::Checked && m_leafHeight &&
+                page.head().level != *m_leafHeight - height)
+                fault(number, "the index page says a wrong level");
+            return last;
         } catch (const CorruptFile &error) {
             fault(number, error.what());
             return std::nullopt;
         }
     }
 
-    /// False when the level is wrong: going on from there might never end.
-    [[nodiscard]] bool checkHead(const IndexPage &page, std::optional<std::uint8_t> level)
+    void checkHead(const IndexPage &page, std::size_t height)
     {
         const IndexPageHead &head = page.head();
         if (page.statedFree() != m_store.format().entryCapacity() - page.used())
             fault(page.page(), "the number of free bytes is wrong");
-        if (head.leaf != (head.level == 0) || (level && head.level != *level)) {
-            fault(page.page(), "the index page says a wrong level");
-            return false;
-        }
-        if (level && page.used() == 0)
+        if (height > 0 && page.used() == 0)
             fault(page.page(), "an index page below the root has no entries");
-        if (m_store.cache().pin(page.page()).view().u32(m_store.format().indexTail) != 0 && head.leaf)
-            fault(page.page(), "an index leaf has a page below it");
-        checkLinks(page);
-        return true;
+        if (head.leaf) {
+            if (m_leafHeight.value_or(height) != height)
+                fault(page.page(), "the index has leaves on different levels");
+            m_leafHeight = height;
+            if (head.level != 0)
+                fault(page.page(), "the index page says a wrong level");
+        }
+        checkLinks(page, height);
     }
 
     /// All leaves are one chain; nodes are linked among the children of one parent.
-    void checkLinks(const IndexPage &page)
+    void checkLinks(const IndexPage &page, std::size_t height)
     {
         const IndexPageHead &head = page.head();
-        const auto before = m_lastOfLevel.find(head.level);
+        const auto before = m_lastOfLevel.find(height);
         const bool linked = before != m_lastOfLevel.end() && (head.leaf || before->second.parent == m_parent);
         const PageNo expected = linked ? before->second.page : PageNo{};
         if (head.previous != expected)
@@ -100,7 +109,7 @@ private:
                                            " and should be " + pageName(page.page()));
         if (!linked && before != m_lastOfLevel.end())
             checkEnd(before->second);
-        m_lastOfLevel[head.level] = {page.page(), head.next, m_parent, head.leaf};
+        m_lastOfLevel[height] = {page.page(), head.next, m_parent, head.leaf};
     }
 
     void checkEnd(const Seen &last)
@@ -126,21 +135,20 @@ private:
         return m_last;
     }
 
-    std::optional<KeyBytes> node(const IndexPage &page, const EntryList &list)
+    std::optional<KeyBytes> node(const IndexPage &page, const EntryList &list, std::size_t height)
     {
         const std::size_t parent = std::exchange(m_parent, ++m_nodes);
         const std::size_t self = m_parent;
-        const auto level = static_cast<std::uint8_t>(page.head().level - 1);
         std::optional<KeyBytes> last;
         for (std::size_t i = 0; i < list.size(); ++i) {
             m_parent = self;
-            last = this->page(childOf(list.at(i)), level);
+            last = this->page(childOf(list.at(i)), height + 1);
             if (!last || *last != separatorOf(list.at(i)))
                 fault(page.page(), "entry " + std::to_string(i) + " is not the last one below it");
         }
         if (number(page.head().tail) != 0) {
             m_parent = self;
-            last = this->page(page.head().tail, level);
+            last = this->page(page.head().tail, height + 1);
         }
         m_parent = parent;
         return last;
@@ -166,9 +174,11 @@ private:
     const IndexPlace &m_place;
     const std::function<void(const IndexEntry &)> &m_visit;
     std::size_t m_limit;
+    LevelBytes m_levels;
     std::vector<IndexFault> m_faults;
     std::set<PageNo> m_pages;
-    std::map<std::uint8_t, Seen> m_lastOfLevel;
+    std::map<std::size_t, Seen> m_lastOfLevel; ///< by height
+    std::optional<std::size_t> m_leafHeight;
     std::size_t m_parent = 0;
     std::size_t m_nodes = 0;
     KeyBytes m_last;
@@ -177,9 +187,10 @@ private:
 } // namespace
 
 std::vector<IndexFault> checkIndex(PageStore &store, const IndexPlace &place,
-                                   const std::function<void(const IndexEntry &)> &visit, std::size_t limit)
+                                   const std::function<void(const IndexEntry &)> &visit, std::size_t limit,
+                                   LevelBytes levels)
 {
-    return Walk(store, place, visit, limit).run();
+    return Walk(store, place, visit, limit, levels).run();
 }
 
 } // namespace jet

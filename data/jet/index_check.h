@@ -25,12 +25,17 @@ struct IndexPlace
     RowId map;
 };
 
-/// Walks every page of an index from the root down: order of the entries, separators, tails, levels, links
+/// The level byte of node pages: Access writes it, other programs leave it 0 or 1 on every level, and no
+/// reader needs it.
+enum class LevelBytes : bool { Ignored, Checked };
+
+/// Walks every page of an index from the root down: order of the entries, separators, tails, depth, links
 /// between neighbours, owners, free counts, and that the usage map names exactly these pages. Gives every
 /// entry, in the order of the leaves, to `visit` (which may be empty). Empty when nothing is wrong; at most
 /// `limit` faults.
 [[nodiscard]] std::vector<IndexFault> checkIndex(PageStore &store, const IndexPlace &place,
                                                  const std::function<void(const IndexEntry &)> &visit = {},
-                                                 std::size_t limit = 100);
+                                                 std::size_t limit = 100,
+                                                 LevelBytes levels = LevelBytes::Ignored);
 
 } // namespace jet

@@ -80,7 +80,7 @@ IndexTree::Path IndexTree::descend(BytesView wanted)
 KeyBytes IndexTree::lastEntryBelow(PageNo top)
 {
     PageNo at = top;
-    for (std::size_t depth = 0; depth < Path::kDeepest; ++depth) {
+    for (std::size_t depth = 0; depth < kDeepest; ++depth) {
         const PagePin held = pin(at);
         const IndexPage page = read(held);
         if (page.used() == 0 && number(page.head().tail) == 0)

@@ -86,12 +86,13 @@ public:
     /// Longest key that may be written.
     [[nodiscard]] static std::size_t maxKeySize(const Format &format);
 
+    /// More levels than any file has room for.
+    static constexpr std::size_t kDeepest = 24;
+
 private:
     /// The pages from the root down to a leaf.
     struct Path
     {
-        static constexpr std::size_t kDeepest = 24; ///< more levels than any file has room for
-
         std::array<PageNo, kDeepest> pages{};
         std::size_t size = 0;
         /// No page of the path names the leaf as the place of what was looked for: it is just the last one.
@@ -120,7 +121,7 @@ private:
     void split(Path &path, std::size_t depth, IndexPageHead head, const EntryList &list, std::size_t fresh);
     [[nodiscard]] std::size_t cutPlace(const IndexPageHead &head, const EntryList &list,
                                        std::size_t fresh) const;
-    void raiseRoot(Path &path, const IndexPageHead &head);
+    void raiseRoot(Path &path);
     void unlinkChildren(const EntryList &list, std::size_t cut);
     void replaceSeparators(BytesView old, BytesView fresh);
     void replaceSeparator(Path &path, std::size_t depth, BytesView old, BytesView fresh);

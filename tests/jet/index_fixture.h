@@ -75,11 +75,12 @@ public:
     {
         auto next = expected.begin();
         bool same = true;
-        const auto faults = jet::checkIndex(*store, place, [&](const jet::IndexEntry &entry) {
+        const auto visit = [&](const jet::IndexEntry &entry) {
             same = same && next != expected.end() && entry == *next;
             if (same)
                 ++next;
-        });
+        };
+        const auto faults = jet::checkIndex(*store, place, visit, 1, jet::LevelBytes::Checked);
         if (!faults.empty())
             return "page " + std::to_string(jet::number(faults.front().page)) + ": " + faults.front().what;
         return same && next == expected.end() ? "" : "the entries differ";
