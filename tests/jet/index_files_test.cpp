@@ -1,11 +1,13 @@
 // Every index of real Access files, recomputed from the rows and compared entry by entry.
 #include <QDir>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include "data/jet/database.h"
 #include "data/jet/index_check.h"
 
 #include <algorithm>
+#include <random>
 #include <vector>
 
 using jet::IndexEntry;
@@ -54,6 +56,41 @@ std::optional<std::vector<IndexEntry>> expectedEntries(jet::Table &table, const 
     return entries;
 }
 
+struct FoundIndex
+{
+    std::string where; ///< for messages
+    jet::IndexPlace place;
+    const jet::StoredIndex *definition = nullptr;
+    jet::Table *table = nullptr;
+};
+
+/// Every stored index of a file, those of system tables too.
+std::vector<FoundIndex> indexesOf(jet::Database &database)
+{
+    std::vector<FoundIndex> result;
+    for (const jet::CatalogueEntry &object : database.catalogue()) {
+        if (object.type != 1)
+            continue;
+        jet::Table &table = database.table(object.name);
+        for (const jet::StoredIndex &index : table.definition().storedIndexes)
+            result.push_back({object.name + ", root page " + std::to_string(jet::number(index.root)) + ": ",
+                              {table.definition().page, index.root, index.map},
+                              &index,
+                              &table});
+    }
+    return result;
+}
+
+/// The first fault of an index, or "". Its entries go to `entries`.
+std::string firstFault(jet::Database &database, const FoundIndex &index, std::vector<IndexEntry> &entries,
+                       jet::LevelBytes levels)
+{
+    entries.clear();
+    const auto visit = [&](const IndexEntry &entry) { entries.push_back(entry); };
+    const auto faults = jet::checkIndex(database.store(), index.place, visit, 1, levels);
+    return faults.empty() ? "" : index.where + faults[0].what;
+}
+
 /// What two sequences of entries do not have in common first, for the message of a failed test.
 std::string firstDifference(const std::vector<IndexEntry> &found, const std::vector<IndexEntry> &expected)
 {
@@ -77,11 +114,16 @@ class IndexFilesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void storedIndexesEqualTheirRows_data();
+    void storedIndexesEqualTheirRows_data() { addFiles(); }
     void storedIndexesEqualTheirRows();
+    void changesKeepStoredIndexesSound_data() { addFiles(); }
+    void changesKeepStoredIndexesSound();
+
+private:
+    static void addFiles();
 };
 
-void IndexFilesTest::storedIndexesEqualTheirRows_data()
+void IndexFilesTest::addFiles()
 {
     QTest::addColumn<QString>("file");
     for (const QString &file : fixtureFiles())
@@ -100,32 +142,53 @@ void IndexFilesTest::storedIndexesEqualTheirRows()
     // The program that made these files leaves the level bytes out.
     const auto levels =
         file.startsWith(QStringLiteral("generated")) ? jet::LevelBytes::Ignored : jet::LevelBytes::Checked;
-    int indexes = 0;
     int withoutKeys = 0;
     std::size_t entries = 0;
-    for (const jet::CatalogueEntry &object : database->catalogue()) {
-        if (object.type != 1)
-            continue;
-        jet::Table &table = database->table(object.name);
-        for (const jet::StoredIndex &index : table.definition().storedIndexes) {
-            std::vector<IndexEntry> found;
-            const auto visit = [&](const IndexEntry &entry) { found.push_back(entry); };
-            const auto faults = jet::checkIndex(
-                database->store(), {table.definition().page, index.root, index.map}, visit, 100, levels);
-            const std::string where =
-                object.name + ", root page " + std::to_string(jet::number(index.root)) + ": ";
-            QVERIFY2(faults.empty(), (where + (faults.empty() ? "" : faults[0].what)).c_str());
-            const auto expected = expectedEntries(table, index, database->version());
-            ++indexes;
-            entries += found.size();
-            if (!expected)
-                ++withoutKeys;
-            else
-                QVERIFY2(found == *expected, (where + firstDifference(found, *expected)).c_str());
-        }
+    const std::vector<FoundIndex> indexes = indexesOf(*database);
+    QVERIFY(!indexes.empty());
+    for (const FoundIndex &index : indexes) {
+        std::vector<IndexEntry> found;
+        QCOMPARE(firstFault(*database, index, found, levels), std::string());
+        const auto expected = expectedEntries(*index.table, *index.definition, database->version());
+        entries += found.size();
+        if (!expected)
+            ++withoutKeys;
+        else
+            QVERIFY2(found == *expected, (index.where + firstDifference(found, *expected)).c_str());
     }
-    QVERIFY(indexes > 0);
-    qInfo("%d indexes, %zu entries, %d with values that have no key", indexes, entries, withoutKeys);
+    qInfo("%zu indexes, %zu entries, %d with values that have no key", indexes.size(), entries, withoutKeys);
+}
+
+void IndexFilesTest::changesKeepStoredIndexesSound()
+{
+    QFETCH(QString, file);
+    if (file.isEmpty())
+        QSKIP("The fixture folder is absent: all files are left out.");
+    const QTemporaryDir folder;
+    const QString copy = folder.filePath(file);
+    QVERIFY(QFile::copy(fixtureFolder().filePath(file), copy));
+    QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner);
+    const auto database = jet::Database::open(copy.toStdString(), {.password = passwordOf(file)});
+    std::mt19937 random(1);
+    for (const FoundIndex &index : indexesOf(*database)) {
+        std::vector<IndexEntry> before, after;
+        QCOMPARE(firstFault(*database, index, before, jet::LevelBytes::Ignored), std::string());
+        std::vector<IndexEntry> moved = before;
+        std::shuffle(moved.begin(), moved.end(), random);
+        moved.resize(moved.size() - moved.size() / 5);
+
+        const jet::WriteScope scope(database->store().cache());
+        jet::IndexTree tree(database->store(), index.place.owner, index.place.root, index.place.map);
+        for (const IndexEntry &entry : moved)
+            tree.remove(entry);
+        QCOMPARE(firstFault(*database, index, after, jet::LevelBytes::Ignored), std::string());
+        QCOMPARE(after.size(), before.size() - moved.size());
+        std::reverse(moved.begin(), moved.end());
+        for (const IndexEntry &entry : moved)
+            tree.insert(entry);
+        QCOMPARE(firstFault(*database, index, after, jet::LevelBytes::Ignored), std::string());
+        QVERIFY2(after == before, (index.where + firstDifference(after, before)).c_str());
+    }
 }
 
 QTEST_GUILESS_MAIN(IndexFilesTest)
