@@ -72,6 +72,7 @@ struct Database::Impl
 
     /// The catalogue, read again after a scope that may have changed it was given up.
     [[nodiscard]] const std::vector<CatalogueRow> &readObjects();
+    static Impl &of(Database &database) { return *database.m_impl; }
     /// A table, query or link by name; nullptr when there is none.
     [[nodiscard]] const CatalogueRow *findObject(std::string_view name);
     /// The table whose definition begins at a page.
