@@ -154,8 +154,10 @@ void Maker::makeLayouts() const
 {
     const fs::path file = m_work / "program" / "Layouts.mdb";
     const auto opened = create(file);
+    jet::ChangeScope scope(*opened, jet::Durability::Lazy);
     for (const jet::TableSpec &spec : data::schema::layoutsTables())
         opened->createTable(spec);
+    scope.commit();
     report(file);
 }
 

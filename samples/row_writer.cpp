@@ -39,9 +39,10 @@ RowWriter::RowWriter(jet::Database &database, jet::TableSpec spec,
                      std::initializer_list<std::string_view> columns)
     : m_database(database)
     , m_spec(std::move(spec))
-    , m_table(&database.createTable(withoutIndexes(m_spec)))
     , m_row(m_spec.columns.size())
 {
+    openScope();
+    m_table = &database.createTable(withoutIndexes(m_spec));
     for (const std::string_view column : columns) {
         const auto position = m_table->definition().findColumn(column);
         if (!position)
@@ -53,8 +54,6 @@ RowWriter::RowWriter(jet::Database &database, jet::TableSpec spec,
 
 void RowWriter::add(std::initializer_list<Value> values)
 {
-    if (!m_scope)
-        m_scope = std::make_unique<jet::ChangeScope>(m_database, jet::Durability::Lazy);
     std::size_t at = 0;
     for (const Value &value : values) {
         const std::size_t position = m_positions.at(at++);
@@ -62,22 +61,28 @@ void RowWriter::add(std::initializer_list<Value> values)
     }
     m_table->insert(m_row);
     if (++m_rowsInScope == kRowsPerScope) {
-        m_scope->commit();
-        m_scope.reset();
-        m_rowsInScope = 0;
+        closeScope();
+        openScope();
     }
 }
 
 void RowWriter::finish()
 {
-    if (m_scope) {
-        m_scope->commit();
-        m_scope.reset();
-    }
-    jet::ChangeScope indexes(m_database, jet::Durability::Lazy);
     for (const jet::IndexSpec &index : m_spec.indexes)
         m_database.createIndex(m_spec.name, index);
-    indexes.commit();
+    closeScope();
+}
+
+void RowWriter::openScope()
+{
+    m_scope = std::make_unique<jet::ChangeScope>(m_database, jet::Durability::Lazy);
+    m_rowsInScope = 0;
+}
+
+void RowWriter::closeScope()
+{
+    m_scope->commit();
+    m_scope.reset();
 }
 
 } // namespace samples

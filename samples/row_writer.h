@@ -30,13 +30,16 @@ public:
     void finish();
 
 private:
+    void openScope();
+    void closeScope();
+
     jet::Database &m_database;
     jet::TableSpec m_spec;
-    jet::Table *m_table;
-    std::vector<std::size_t> m_positions; ///< of each named column
-    std::vector<Value> m_row;
     std::unique_ptr<jet::ChangeScope> m_scope;
     std::size_t m_rowsInScope = 0;
+    jet::Table *m_table = nullptr;
+    std::vector<std::size_t> m_positions; ///< of each named column
+    std::vector<Value> m_row;
 };
 
 /// The null of a missing value.
