@@ -124,7 +124,9 @@ std::vector<Finding> check(Database &database, std::size_t limit)
     std::erase_if(tables, [](const CatalogueRow &object) { return !object.isTable(); });
     for (const CatalogueRow &object : tables) {
         findings.step("table " + object.name, [&] {
-            TableChecker(impl.tableAt(object.definitionPage(), object.name), findings, claims).run();
+            Table &table = impl.tableAt(object.definitionPage(), object.name);
+            Table::Impl::of(table).reloadIfStale();
+            TableChecker(table, findings, claims).run();
         });
     }
     // Without all tables every page would seem lost.

@@ -22,14 +22,14 @@ class PageStore;
 
 struct OpenOptions
 {
-    std::string password;
+    std::string password = {};
     bool readOnly = false;
 };
 
 struct CreateOptions
 {
     Version version = Version::Jet3;
-    std::string password;
+    std::string password = {};
     /// Date in the catalogue rows; the same date gives the same bytes.
     Date created = Date::fromYmd(2000, 1, 1);
 };

@@ -130,7 +130,16 @@ void Table::Impl::reload()
 
 void Table::Impl::reloadIfStale()
 {
-    if (discards != db.cache.discardCount())
+    if (discards == db.cache.discardCount())
+        return;
+    discards = db.cache.discardCount();
+    // Rows aside, an index is all that a scope can have added; a table that it made itself has no pages any
+    // more.
+    if (number(definition.page) >= db.cache.pageCount())
+        return;
+    const PagePin page = db.cache.pin(definition.page);
+    if (static_cast<PageKind>(page.view().u8(0)) == PageKind::Definition &&
+        page.view().u32(format().storedIndexCount) != definition.storedIndexes.size())
         reload();
 }
 

@@ -1,0 +1,85 @@
+// What the tests of the storage engine share.
+#pragma once
+
+#include "data/jet/check.h"
+#include "tests/jet/memory_file.h"
+
+#include <QtTest>
+
+#include <fstream>
+
+namespace support {
+
+/// Folder of the files made by Access, or "" when it is not there.
+inline QString fixtures()
+{
+    const QString folder = qEnvironmentVariable("SPARES_FIXTURES");
+    const QString files = folder + QStringLiteral("/access");
+    return !folder.isEmpty() && QDir(files).exists() ? files : QString();
+}
+
+inline std::string passwordOf(const QString &file)
+{
+    if (file.startsWith(QLatin1String("V2000_with")))
+        return "password";
+    return file == QLatin1String("testV1997-password.mdb") || file == QLatin1String("generatedMoves3.mdb")
+               ? "qzrt5817"
+               : "";
+}
+
+inline FileBytes readFile(const QString &path)
+{
+    std::ifstream in(path.toStdString(), std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    FileBytes bytes(text.size());
+    std::memcpy(bytes.data(), text.data(), text.size());
+    return bytes;
+}
+
+/// The first findings as one text; "" for a sound file.
+inline QByteArray problems(jet::Database &database)
+{
+    QByteArray text;
+    for (const jet::Finding &finding : jet::check(database, 10))
+        text += QByteArray::fromStdString(finding.where + ": " + finding.what + "\n");
+    return text;
+}
+
+/// Number of the AppError that an action throws; 0 when it throws none.
+template <class Action>
+int errorOf(Action action)
+{
+    try {
+        action();
+    } catch (const AppError &error) {
+        return static_cast<int>(error.number());
+    }
+    return 0;
+}
+
+/// Sentence of the AppError that an action throws.
+template <class Action>
+QString sentenceOf(Action action)
+{
+    try {
+        action();
+    } catch (const AppError &error) {
+        return QString::fromUtf8(error.what());
+    }
+    return {};
+}
+
+inline void addVersions()
+{
+    QTest::addColumn<int>("version");
+    QTest::newRow("Access 97") << 0;
+    QTest::newRow("Access 2000") << 1;
+}
+
+inline jet::Version version()
+{
+    QFETCH_GLOBAL(int, version);
+    return version == 0 ? jet::Version::Jet3 : jet::Version::Jet4;
+}
+
+} // namespace support
