@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -56,9 +57,15 @@ public:
         : m_database(jet::Database::create(
               path, {.version = version, .password = std::string(data::schema::kPassword)}))
     {
+        // One unit that need not survive a power cut: waiting for the disk at every row would take most of a
+        // test.
+        m_changes.emplace(*m_database, jet::Durability::Lazy);
         for (const jet::TableSpec &table : tables)
             m_database->createTable(table);
     }
+    ~TestDatabase() { m_changes->commit(); }
+    TestDatabase(const TestDatabase &) = delete;
+    TestDatabase &operator=(const TestDatabase &) = delete;
 
     /// Adds a row; columns that are not named stay null.
     TestDatabase &row(const std::string &table, const TestRow &fields)
@@ -119,6 +126,7 @@ private:
     }
 
     std::unique_ptr<jet::Database> m_database;
+    std::optional<jet::ChangeScope> m_changes;
 };
 
 /// The files of a workstation and a server, the session, and the connections of the order form.
