@@ -22,6 +22,7 @@ class GridView : public QTableView
 public:
     enum class Selection { Rows, Cells };
 
+    /// The grid must outlive the view.
     GridView(TextGrid &grid, Selection selection, QWidget *parent = nullptr);
 
     /// The column that takes the room that is left over.

@@ -17,6 +17,11 @@ TextBox::TextBox(QWidget *parent, Keys keys)
 void TextBox::focusInEvent(QFocusEvent *event)
 {
     QLineEdit::focusInEvent(event);
+    if (!m_selectsOnFocus) {
+        // The toolkit has selected the text when a key brought the focus.
+        deselect();
+        return;
+    }
     // Coming back from a message box, a popup or another program is not a new focus: the cursor stays.
     if (event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason)
         return;

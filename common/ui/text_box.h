@@ -19,6 +19,8 @@ public:
     explicit TextBox(QWidget *parent = nullptr, Keys keys = Keys::All);
 
     void setKeys(Keys keys) { m_keys = keys; }
+    /// A box that does not select its text keeps the cursor where it is; selecting is the usual way.
+    void setSelectsOnFocus(bool selects) { m_selectsOnFocus = selects; }
 
 signals:
     /// Enter was pressed, on either key; it goes no further, so no button of the form reacts to it.
@@ -35,6 +37,7 @@ private:
     void typeFiltered(QKeyEvent *event);
 
     Keys m_keys;
+    bool m_selectsOnFocus = true;
     bool m_focusedByMouse = false;
 };
 

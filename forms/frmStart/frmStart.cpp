@@ -63,6 +63,12 @@ frmStart::frmStart(const forms::Context &context, forms::Navigator &navigator, Q
     ui::guarded(this, [this] { Form_Load(); });
 }
 
+frmStart::~frmStart()
+{
+    // Before the rows it shows.
+    delete m_fgList;
+}
+
 void frmStart::layOut()
 {
     auto *heading = new QLabel(tr("Select Company"), this);

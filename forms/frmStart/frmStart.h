@@ -22,6 +22,7 @@ public:
     /// Loads the form: opens the base databases anew and lists the companies. That may end the program; the
     /// form must then not be shown.
     frmStart(const forms::Context &context, forms::Navigator &navigator, QWidget *parent = nullptr);
+    ~frmStart() override;
 
     /// The digit of a one-digit number in the system's own numbering; nothing calls it.
     [[nodiscard]] static std::uint8_t Numm(const std::string &N);

@@ -55,6 +55,12 @@ frm_Srh_Names::frm_Srh_Names(const forms::Context &context, QWidget *parent)
     Form_Load();
 }
 
+frm_Srh_Names::~frm_Srh_Names()
+{
+    // Before the rows it shows.
+    delete m_fgList;
+}
+
 void frm_Srh_Names::layOut()
 {
     ui::makeHeading(m_lblName);

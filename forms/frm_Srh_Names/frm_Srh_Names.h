@@ -21,6 +21,7 @@ class frm_Srh_Names : public ui::FormDialog
 
 public:
     explicit frm_Srh_Names(const forms::Context &context, QWidget *parent = nullptr);
+    ~frm_Srh_Names() override;
 
     /// Forgets the last choice and reloads the list; called before the form is shown. Throws what the
     /// databases throw.

@@ -63,6 +63,8 @@ frm_Srh_Spares::frm_Srh_Spares(const forms::Context &context, QWidget *parent)
     ui::on(m_txtItem_Code, &QLineEdit::textChanged, this, &frm_Srh_Spares::txtItem_Code_Change);
     ui::on(m_txtItem_Name, &QLineEdit::textChanged, this, &frm_Srh_Spares::txtItem_Name_Change);
     for (ui::TextBox *box : {m_txtItem_Code, m_txtItem_Name}) {
+        // The letter typed in the grid is the first of a word; the next one must not replace it.
+        box->setSelectsOnFocus(false);
         ui::on(box, &ui::TextBox::enterPressed, this, &frm_Srh_Spares::cmdOk_Click);
         ui::on(box, &ui::TextBox::downPressed, this, &frm_Srh_Spares::txtItem_Down);
     }
@@ -72,6 +74,13 @@ frm_Srh_Spares::frm_Srh_Spares(const forms::Context &context, QWidget *parent)
     ui::on(m_cmdOk, &QPushButton::clicked, this, &frm_Srh_Spares::cmdOk_Click);
     ui::on(m_cmdExit, &QPushButton::clicked, this, &frm_Srh_Spares::cmdExit_Click);
     Form_Load();
+}
+
+frm_Srh_Spares::~frm_Srh_Spares()
+{
+    // Before the rows they show.
+    delete m_fgList;
+    delete m_fgVeh;
 }
 
 void frm_Srh_Spares::layOut()
@@ -146,9 +155,6 @@ void frm_Srh_Spares::searchFilter()
 void frm_Srh_Spares::Form_Activate()
 {
     m_txtItem_Name->setFocus();
-    // The letter that the user has typed already is the first of a word; the next one must not replace it.
-    m_txtItem_Name->deselect();
-    m_txtItem_Name->setCursorPosition(static_cast<int>(m_txtItem_Name->text().size()));
 }
 
 void frm_Srh_Spares::Load_Items()

@@ -27,6 +27,7 @@ public:
     /// Loads the form: forgets the last choice, puts the session's search filter (the letter typed in the
     /// grid, or "") into the name box and searches at once.
     explicit frm_Srh_Spares(const forms::Context &context, QWidget *parent = nullptr);
+    ~frm_Srh_Spares() override;
 
 protected:
     void Form_Activate() override;
