@@ -60,6 +60,9 @@ frmOrd::frmOrd(const forms::Context &context, QWidget *parent)
                  context.connections.conYear)
 {
     setObjectName(QStringLiteral("frmOrd"));
+    // A grid begins with one empty row, and its first inner cell is the current one.
+    m_lines.setRows(2);
+    m_lines.setCurrent(1, orders::kColPartNo);
     m_ui->arrange(this);
     connectControls();
     connectGrid();

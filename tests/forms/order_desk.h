@@ -4,6 +4,8 @@
 // is logged in. Figures that the tests compare are worked out by hand from the rows below.
 #pragma once
 
+#include "common/ui/combo_box.h"
+#include "common/ui/text_box.h"
 #include "data/data_sources.h"
 #include "data/session_connections.h"
 #include "forms/frmOrd/frmOrd.h"
@@ -107,6 +109,13 @@ public:
     {
         const QModelIndex index = control<QAbstractItemView>("fgList")->currentIndex();
         return {index.row() + 1, index.column()};
+    }
+    /// Makes a cell current and comes to it from the keyboard.
+    void enter(int row, int column) const
+    {
+        setCurrent(row, column);
+        control("fgList")->setFocus(Qt::TabFocusReason);
+        QCoreApplication::processEvents();
     }
     void setCurrent(int row, int column) const
     {

@@ -1,0 +1,497 @@
+// The order form's modes, fields, messages, saving and loading.
+#include "tests/forms/order_desk.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QDialog>
+#include <QFile>
+#include <QLabel>
+#include <QSet>
+
+class frmOrdTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void newModeAssignsTheNumberAndTheDate();
+    void modeKeysWorkFromEveryControl_data();
+    void modeKeysWorkFromEveryControl();
+    void aModeSwitchDropsWhatWasEntered();
+    void refusedModesEndTheProgram_data();
+    void refusedModesEndTheProgram();
+    void typedTextIsFiltered_data();
+    void typedTextIsFiltered();
+    void monthsMoveTheFromDate_data();
+    void monthsMoveTheFromDate();
+    void onlyShowingTheFormSetsTheMonth();
+    void saveAsksForWhatIsMissing_data();
+    void saveAsksForWhatIsMissing();
+    void loadingShowsHeaderAndRenumberedLines();
+    void anOrderWithoutLedgerSupplierMustBeGivenOne();
+    void numbersThatLoadNothing_data();
+    void numbersThatLoadNothing();
+    void newModeLoadsTheHeaderOnly();
+    void modifyRewritesTheStoredOrder();
+    void deleteModeSavesNothingAndStillPrints();
+    void leavingWithoutSupplierKeepsTheBoxes();
+    void spreadsheetButtonsSayThatThereIsNoExchange();
+    void leavingRemovesTheDataSources_data();
+    void leavingRemovesTheDataSources();
+    void anUnopenedYearShowsAnErrorAtEveryAction();
+    void everyControlIsNamedAndEveryMnemonicIsItsOwn();
+    void tabGoesInTheOrderOfWork();
+};
+
+void frmOrdTest::newModeAssignsTheNumberAndTheDate()
+{
+    OrderDesk desk;
+    desk.open();
+    QCOMPARE(desk.form->windowTitle(), QStringLiteral(" Spares Order Form"));
+    QCOMPARE(desk.text("lblName"), QStringLiteral("New Spares Order Form"));
+    QCOMPARE(desk.text("txtOrdNo"), QStringLiteral("42"));
+    QVERIFY(!desk.control("txtOrdNo")->isEnabled());
+    QCOMPARE(desk.text("dtpOrdDate"), QStringLiteral("15/Jun/2026"));
+    QCOMPARE(desk.focus(), QStringLiteral("dtpOrdDate"));
+    QVERIFY(!desk.control("cmdXls")->isEnabled());
+    QVERIFY(desk.control("cmdImp")->isVisible());
+    QVERIFY(!desk.control("txtQty")->isVisible() && !desk.control("txtPC")->isVisible());
+    QCOMPARE(desk.control<QComboBox>("cmbType")->currentText(), QStringLiteral("ALL"));
+    QCOMPARE(desk.control<QComboBox>("cmbMonth")->currentText(), QStringLiteral("1 M"));
+    QCOMPARE(desk.control<QComboBox>("cmbMonth")->count(), 12);
+    QCOMPARE(desk.control<QComboBox>("cmbOrder")->currentIndex(), -1);
+    QCOMPARE(desk.lines()->rowCount(), 1);
+    QVERIFY(desk.dialogs.shown.isEmpty());
+}
+
+void frmOrdTest::modeKeysWorkFromEveryControl_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    for (const char *name :
+         {"dtpOrdDate", "txtSName", "txtPlace", "cmdSup", "cmbType", "cmbMonth", "dtpAvgFrom", "txtMQ",
+          "cmdView", "fgList", "txtItem", "cmbOrder", "chkRat", "CmdSave", "cmdImp", "cmdExit"})
+        QTest::newRow(name) << QByteArray(name);
+}
+
+void frmOrdTest::modeKeysWorkFromEveryControl()
+{
+    QFETCH(const QByteArray, name);
+    struct Mode
+    {
+        Qt::Key key;
+        const char *heading;
+        bool numberIsTyped;
+    };
+    const Mode modes[] = {{Qt::Key_F3, "Modify Spares Order Form", true},
+                          {Qt::Key_F4, "Delete Spares Order Form", true},
+                          {Qt::Key_F2, "New Spares Order Form", false}};
+    OrderDesk desk;
+    desk.open();
+    for (const Mode &mode : modes) {
+        // The button is there in New mode only; the others must not lose the key either.
+        QWidget *from = desk.control(name.constData());
+        QTest::keyClick(from->isVisible() ? from : desk.control("cmdXls"), mode.key);
+        QCOMPARE(desk.text("lblName"), QLatin1String(mode.heading));
+        QCOMPARE(desk.control("txtOrdNo")->isEnabled(), mode.numberIsTyped);
+        QCOMPARE(desk.text("txtOrdNo"), mode.numberIsTyped ? QString() : QStringLiteral("42"));
+        QCOMPARE(desk.control("cmdXls")->isEnabled(), mode.numberIsTyped);
+        QCOMPARE(desk.control("cmdImp")->isVisible(), !mode.numberIsTyped);
+        QCOMPARE(desk.focus(),
+                 mode.numberIsTyped ? QStringLiteral("txtOrdNo") : QStringLiteral("dtpOrdDate"));
+        QVERIFY(!QApplication::activePopupWidget());
+    }
+}
+
+void frmOrdTest::aModeSwitchDropsWhatWasEntered()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    QCOMPARE(desk.lines()->rowCount(), 4);
+    desk.press(Qt::Key_F2);
+    QCOMPARE(desk.text("txtSName"), QString());
+    QCOMPARE(desk.text("txtPlace"), QString());
+    QCOMPARE(desk.text("dtpOrdDate"), QStringLiteral("15/Jun/2026"));
+    QCOMPARE(desk.control<QComboBox>("cmbType")->currentText(), QStringLiteral("ALL"));
+    QCOMPARE(desk.lines()->rowCount(), 1);
+    QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
+    // Neither the cover nor the months belong to what is cleared.
+    QCOMPARE(desk.text("txtMQ"), QStringLiteral("2"));
+    QCOMPARE(desk.control<QComboBox>("cmbMonth")->currentText(), QStringLiteral("3 M"));
+}
+
+void frmOrdTest::refusedModesEndTheProgram_data()
+{
+    QTest::addColumn<int>("opt");
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("new") << 1 << Qt::Key_F2 << QStringLiteral("You donot have the Permission to Add");
+    QTest::newRow("modify") << 2 << Qt::Key_F3 << QStringLiteral("You donot have the Permission to Modify");
+    QTest::newRow("delete") << 3 << Qt::Key_F4 << QStringLiteral("You donot have the Permission to Delete");
+    QTest::newRow("permitted") << 0 << Qt::Key_F4 << QString();
+}
+
+void frmOrdTest::refusedModesEndTheProgram()
+{
+    QFETCH(const int, opt);
+    QFETCH(const Qt::Key, key);
+    QFETCH(const QString, message);
+    OrderDesk desk;
+    desk.dealer.subsidiary("S01").row("UserTasks", {{"Uid", 7},
+                                                    {"TaskId", 2103},
+                                                    {"opt1", opt == 1 ? 0 : 1},
+                                                    {"opt2", opt == 2 ? 0 : 1},
+                                                    {"opt3", opt == 3 ? 0 : 1}});
+    // A user without the right to add does not even get in.
+    if (opt == 1)
+        desk.dealer.session.UserId = 8;
+    desk.open();
+    desk.dealer.session.UserId = 7;
+    const QString heading = desk.text("lblName");
+    desk.press(key);
+    QCOMPARE(desk.dialogs.takeShown(), message.isEmpty() ? QStringList() : QStringList(message));
+    QCOMPARE(desk.shell.ended(), !message.isEmpty());
+    QCOMPARE(desk.text("lblName") == heading, !message.isEmpty());
+    // Ended: no key reaches a handler any more.
+    desk.press(Qt::Key_F2);
+    QVERIFY(desk.dialogs.shown.isEmpty());
+}
+
+void frmOrdTest::typedTextIsFiltered_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("keys");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("number") << QByteArray("txtOrdNo") << QByteArray("4x1.-a") << QStringLiteral("41-");
+    QTest::newRow("cover") << QByteArray("txtMQ") << QByteArray("1.5 m") << QStringLiteral("15");
+    QTest::newRow("supplier") << QByteArray("txtSName") << QByteArray("Sri & co 2")
+                              << QStringLiteral("SRI & CO 2");
+    QTest::newRow("town") << QByteArray("txtPlace") << QByteArray("salem") << QStringLiteral("SALEM");
+}
+
+void frmOrdTest::typedTextIsFiltered()
+{
+    QFETCH(const QByteArray, name);
+    QFETCH(const QByteArray, keys);
+    OrderDesk desk;
+    desk.open();
+    desk.press(Qt::Key_F3);
+    desk.control(name.constData())->setFocus();
+    desk.type(keys.constData());
+    QTEST(desk.text(name.constData()), "text");
+}
+
+void frmOrdTest::monthsMoveTheFromDate_data()
+{
+    QTest::addColumn<QDate>("ordered");
+    QTest::addColumn<int>("entry");
+    QTest::addColumn<QString>("from");
+    QTest::newRow("clipped to February") << QDate(2026, 3, 31) << 0 << QStringLiteral("28/Feb/2026");
+    QTest::newRow("leap year") << QDate(2024, 3, 31) << 0 << QStringLiteral("29/Feb/2024");
+    QTest::newRow("twelve months") << QDate(2026, 6, 15) << 11 << QStringLiteral("15/Jun/2025");
+    QTest::newRow("no entry") << QDate(2026, 3, 31) << -1 << QStringLiteral("15/May/2026");
+}
+
+void frmOrdTest::monthsMoveTheFromDate()
+{
+    QFETCH(const QDate, ordered);
+    QFETCH(const int, entry);
+    OrderDesk desk;
+    desk.open();
+    desk.control("dtpOrdDate")->setProperty("date", ordered);
+    QCOMPARE(desk.text("dtpAvgFrom"), QStringLiteral("15/May/2026")); // the order date alone moves nothing
+    desk.control<ui::ComboBox>("cmbMonth")->click(entry);
+    QTEST(desk.text("dtpAvgFrom"), "from");
+}
+
+void frmOrdTest::onlyShowingTheFormSetsTheMonth()
+{
+    OrderDesk desk;
+    desk.open();
+    auto *months = desk.control<ui::ComboBox>("cmbMonth");
+    months->click(5);
+    QEvent away(QEvent::WindowDeactivate);
+    QEvent back(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(desk.form.get(), &away);
+    QCoreApplication::sendEvent(desk.form.get(), &back);
+    QCOMPARE(months->currentText(), QStringLiteral("6 M"));
+    desk.form->hide();
+    desk.form->show();
+    QCOMPARE(months->currentText(), QStringLiteral("1 M"));
+    QCOMPARE(desk.text("dtpAvgFrom"), QStringLiteral("15/May/2026"));
+}
+
+void frmOrdTest::saveAsksForWhatIsMissing_data()
+{
+    QTest::addColumn<QString>("order");  // loaded first
+    QTest::addColumn<QString>("number"); // typed over it
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("focus");
+    QTest::newRow("no number") << "41" << QString() << "Enter Order No." << QString();
+    QTest::newRow("zero") << "41"
+                          << "0"
+                          << "Enter Order No." << QString();
+    QTest::newRow("no supplier") << "40"
+                                 << "40"
+                                 << "Select Supplier Name"
+                                 << "cmdSup";
+    QTest::newRow("no lines") << "39"
+                              << "39"
+                              << "Enter Spares Details"
+                              << "txtItem";
+}
+
+void frmOrdTest::saveAsksForWhatIsMissing()
+{
+    QFETCH(const QString, order);
+    QFETCH(const QString, number);
+    QFETCH(const QString, message);
+    QFETCH(const QString, focus);
+    OrderDesk desk;
+    desk.open();
+    desk.load(order.toLatin1().constData());
+    desk.control("txtOrdNo")->setProperty("text", number);
+    const QByteArray headers = desk.storedHeaders();
+    const QString first = desk.row(1);
+    desk.dialogs.takeShown();
+    desk.control<QAbstractButton>("CmdSave")->click();
+    QCOMPARE(desk.dialogs.takeShown(), QStringList(message));
+    if (!focus.isEmpty())
+        QCOMPARE(desk.focus(), focus);
+    QCOMPARE(desk.storedHeaders(), headers);
+    QCOMPARE(desk.row(1), first);
+}
+
+void frmOrdTest::loadingShowsHeaderAndRenumberedLines()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    QVERIFY(desk.dialogs.shown.isEmpty());
+    QCOMPARE(desk.text("dtpOrdDate"), QStringLiteral("31/May/2026"));
+    QCOMPARE(desk.text("dtpAvgFrom"), QStringLiteral("28/Feb/2026"));
+    QCOMPARE(desk.text("txtSName"), QStringLiteral("SOUTHERN SPARES")); // the ledger's name, not the order's
+    QCOMPARE(desk.text("txtPlace"), QStringLiteral("MADURAI"));
+    QCOMPARE(desk.text("txtMQ"), QStringLiteral("2"));
+    QCOMPARE(desk.control<QComboBox>("cmbType")->currentText(), QStringLiteral("SPARES"));
+    QCOMPARE(desk.row(1), QStringLiteral("1|CLT-100|CLUTCH PLATE|12|41|2|3|1|5|5|450.50|2252.50"));
+    QCOMPARE(desk.row(2), QStringLiteral("2|BRK-20|SHOE SET BRAKE REAR|12|41|2|3|1|5|2|120.25|240.50"));
+    QCOMPARE(desk.row(3),
+             QStringLiteral("3|GSK-7|GASKET CYLINDER HEAD COMPLETE|12|41|2|3|1|5|1|75.00|75.00"));
+    QCOMPARE(desk.row(4), QStringLiteral("|||||||||||"));
+    QCOMPARE(desk.lines()->rowCount(), 4);
+    QCOMPARE(desk.lines()->headerData(3, Qt::Horizontal).toString(), QStringLiteral("Tot Sale Last 3 M M"));
+    QCOMPARE(desk.focus(), QStringLiteral("dtpOrdDate"));
+}
+
+void frmOrdTest::anOrderWithoutLedgerSupplierMustBeGivenOne()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    desk.load("40");
+    QCOMPARE(desk.text("txtSName"), QStringLiteral("NOBODY IN PARTICULAR"));
+    QCOMPARE(desk.text("txtPlace"), QStringLiteral("SOMEWHERE"));
+    QCOMPARE(desk.row(1), QStringLiteral("1|CLT-100|CLUTCH PLATE|12|41|2|3|1|5|4|12.50|50.00"));
+    desk.control<QAbstractButton>("CmdSave")->click();
+    QCOMPARE(desk.dialogs.takeShown(), QStringList(QStringLiteral("Select Supplier Name")));
+}
+
+void frmOrdTest::numbersThatLoadNothing_data()
+{
+    QTest::addColumn<QByteArray>("number");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("supplier"); // what stays in the box
+    QTest::newRow("empty") << QByteArray() << "Enter Order Number"
+                           << "SOUTHERN SPARES";
+    QTest::newRow("zero") << QByteArray("0") << "Enter Order Number"
+                          << "SOUTHERN SPARES";
+    QTest::newRow("negative") << QByteArray("-5") << "No Records" << QString();
+    QTest::newRow("unknown") << QByteArray("777") << "No Records" << QString();
+    QTest::newRow("beyond 16 bits") << QByteArray("99999") << "No Records" << QString();
+    QTest::newRow("header without lines") << QByteArray("39") << "No Records" << QString();
+}
+
+void frmOrdTest::numbersThatLoadNothing()
+{
+    QFETCH(const QByteArray, number);
+    QFETCH(const QString, message);
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    auto *box = desk.control("txtOrdNo");
+    box->setFocus();
+    box->setProperty("text", QString());
+    desk.type(number.constData());
+    desk.press(Qt::Key_Return);
+    QCOMPARE(desk.dialogs.takeShown(), QStringList(message));
+    QVERIFY(desk.dialogs.errors.isEmpty());
+    QTEST(desk.text("txtSName"), "supplier");
+    QCOMPARE(desk.lines()->rowCount(), 1);
+    QCOMPARE(desk.row(1).remove(QLatin1Char('|')), QString());
+}
+
+void frmOrdTest::newModeLoadsTheHeaderOnly()
+{
+    OrderDesk desk;
+    desk.open();
+    // The box is disabled in New mode; the procedure alone gets here.
+    auto *box = desk.control<ui::TextBox>("txtOrdNo");
+    box->setText(QStringLiteral("41"));
+    emit box->enterPressed();
+    QCOMPARE(desk.dialogs.takeShown(), QStringList(QStringLiteral("Please Select Modify Mode")));
+    QCOMPARE(desk.text("txtSName"), QStringLiteral("SOUTHERN SPARES"));
+    QCOMPARE(desk.lines()->rowCount(), 1);
+}
+
+void frmOrdTest::modifyRewritesTheStoredOrder()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    desk.enter(2, orders::kColQty);
+    desk.type("0");
+    desk.enter(3, orders::kColQty);
+    desk.type("9");
+    desk.dialogs.answers << false;
+    desk.control<QAbstractButton>("CmdSave")->click();
+    QCOMPARE(desk.dialogs.takeShown(), QStringList(QStringLiteral("Do You Want Print")));
+    QCOMPARE(desk.storedLines("41"), QByteArray("1|1|5|450.5\n3|6|9|75"));
+    QVERIFY(desk.storedHeaders().contains("41|31/May/2026|SOUTHERN SPARES|MADURAI|2|3|510|2"));
+    // The mode stays, the number too; the next order is typed over it.
+    QCOMPARE(desk.text("txtOrdNo"), QStringLiteral("41"));
+    QCOMPARE(desk.text("txtSName"), QString());
+    QCOMPARE(desk.lines()->rowCount(), 1);
+    QCOMPARE(desk.text("lblName"), QStringLiteral("Modify Spares Order Form"));
+}
+
+void frmOrdTest::deleteModeSavesNothingAndStillPrints()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.press(Qt::Key_F4);
+    desk.type("41");
+    desk.press(Qt::Key_Return);
+    desk.enter(1, orders::kColQty);
+    desk.type("99");
+    const QByteArray before = desk.storedLines("41");
+    desk.dialogs.answers << true << true << true;
+    desk.control<QAbstractButton>("CmdSave")->click();
+    QCOMPARE(desk.dialogs.takeShown().size(), 3);
+    QCOMPARE(desk.storedLines("41"), before);
+    QFile printed(QString::fromStdString(desk.dealer.session.ServerPath + "/dinn.txt"));
+    QVERIFY(printed.open(QIODevice::ReadOnly));
+    QVERIFY(printed.readAll().contains("Ord.No. : 41"));
+    QCOMPARE(desk.shell.started.size(), std::size_t{1});
+    QCOMPARE(desk.lines()->rowCount(), 1);
+}
+
+void frmOrdTest::leavingWithoutSupplierKeepsTheBoxes()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    inModal<QDialog>([&] { desk.control<QAbstractButton>("cmdSup")->click(); },
+                     [](QDialog &search) { QTest::keyClick(&search, Qt::Key_Escape); });
+    desk.comeBack();
+    QCOMPARE(desk.text("txtSName"), QStringLiteral("SOUTHERN SPARES"));
+    desk.control<QAbstractButton>("CmdSave")->click();
+    QCOMPARE(desk.dialogs.takeShown(), QStringList(QStringLiteral("Select Supplier Name")));
+}
+
+void frmOrdTest::spreadsheetButtonsSayThatThereIsNoExchange()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.control<QAbstractButton>("cmdImp")->click();
+    desk.press(Qt::Key_F3);
+    desk.control<QAbstractButton>("cmdXls")->click();
+    QCOMPARE(desk.dialogs.takeShown().size(), 2);
+}
+
+void frmOrdTest::leavingRemovesTheDataSources_data()
+{
+    QTest::addColumn<bool>("byButton");
+    QTest::newRow("exit button") << true;
+    QTest::newRow("closed") << false;
+}
+
+void frmOrdTest::leavingRemovesTheDataSources()
+{
+    QFETCH(const bool, byButton);
+    OrderDesk desk;
+    desk.open();
+    data::Make_Dsn("VELK_OTH_Y25", desk.dealer.session.ServerPath + "\\Databas\\Y25.mdb", desk.dialogs);
+    QVERIFY(data::dataSourceFile("VELK_OTH_Y26"));
+    if (byButton)
+        desk.control<QAbstractButton>("cmdExit")->click();
+    else
+        desk.form->close();
+    for (const char *name : {"VELK_OTH_Y25", "VELK_OTH_Y26", "VELK_OTH_MAIN"})
+        QVERIFY2(!data::dataSourceFile(name), name);
+    QCOMPARE(desk.shell.ended(), byButton);
+    desk.form->close(); // once more does nothing
+    QVERIFY(desk.dialogs.shown.isEmpty());
+}
+
+void frmOrdTest::anUnopenedYearShowsAnErrorAtEveryAction()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.connections.conYear.close();
+    desk.press(Qt::Key_F2);
+    desk.press(Qt::Key_F3);
+    desk.control<QAbstractButton>("cmdSup")->click();
+    QCOMPARE(desk.dialogs.errors, QList<int>({static_cast<int>(ErrorNumber::ObjectClosed),
+                                              static_cast<int>(ErrorNumber::ObjectClosed)}));
+    QVERIFY(desk.form->isVisible());
+}
+
+void frmOrdTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()
+{
+    OrderDesk desk;
+    desk.open();
+    QSet<QChar> mnemonics;
+    for (QWidget *widget : desk.form->findChildren<QWidget *>()) {
+        const QString caption = widget->property("text").toString();
+        const auto mark = caption.indexOf(QLatin1Char('&'));
+        const bool hasMnemonic = qobject_cast<QLabel *>(widget) || qobject_cast<QAbstractButton *>(widget);
+        if (hasMnemonic && mark >= 0) {
+            const QChar letter = caption[mark + 1].toLower();
+            QVERIFY2(!mnemonics.contains(letter), qPrintable(caption));
+            mnemonics << letter;
+        }
+        const bool isOurs =
+            widget->window() == desk.form.get() && !widget->objectName().startsWith(QStringLiteral("qt_"));
+        if (isOurs && (widget->focusPolicy() & Qt::TabFocus) && widget->isVisible())
+            QVERIFY2(!widget->objectName().isEmpty() && !widget->accessibleName().isEmpty(),
+                     widget->metaObject()->className());
+    }
+    QCOMPARE(mnemonics.size(), 17);
+}
+
+void frmOrdTest::tabGoesInTheOrderOfWork()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.press(Qt::Key_F3);
+    QStringList order(desk.focus());
+    for (int step = 0; step < 40 && (order.size() == 1 || desk.focus() != order.first()); ++step) {
+        desk.press(Qt::Key_Tab);
+        QCoreApplication::processEvents(); // the grid hands the focus to its editor
+        if (desk.focus() != order.last())
+            order << desk.focus();
+    }
+    QCOMPARE(order.join(QLatin1Char(' ')),
+             QStringLiteral(
+                 "txtOrdNo dtpOrdDate cmdSup txtSName txtPlace cmbType cmbMonth dtpAvgFrom txtMQ cmdView "
+                 "txtItem cmbOrder chkRat CmdSave cmdExit cmdXls txtOrdNo"));
+    // And back out of the editor, past the grid.
+    desk.enter(1, orders::kColPartNo);
+    desk.control("txtItem")->setFocus();
+    desk.press(Qt::Key_Backtab);
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.focus(), QStringLiteral("cmdView"));
+}
+
+QTEST_MAIN(frmOrdTest)
+#include "frmOrd_test.moc"
