@@ -12,7 +12,7 @@ constexpr double kFetchedRow = 2.5;    ///< a row by its place instead of in sto
 constexpr double kUnknownShare = 0.01; ///< of the rows that have one value of a field without statistics
 constexpr double kRangeShare = 0.25;   ///< of the rows that one bound lets through
 constexpr double kBeginningShare = 0.05;
-constexpr double kSortStep = 0.1; ///< per row and doubling
+constexpr double kSortStep = 0.2; ///< per row and doubling
 
 bool isLower(Condition::Op op)
 {
