@@ -140,7 +140,7 @@ Date Date::fromYmd(chrono::year_month_day day)
 {
     if (!day.ok())
         throw RunTimeError(ErrorNumber::TypeMismatch, "Type mismatch: there is no such day in the calendar.");
-    const auto number = (chrono::sys_days(day) - kEpoch).count();
+    const auto number = (chrono::sys_days{day} - kEpoch).count();
     if (number < kFirstDay || number > kLastDay)
         throwOutside();
     return Date(static_cast<double>(number));

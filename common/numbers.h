@@ -30,8 +30,9 @@
 template <std::integral To, std::integral From>
 [[nodiscard]] To narrow(From value)
 {
-    if (!std::in_range<To>(value))
+    if (!std::in_range<To>(value)) {
         throw RunTimeError(ErrorNumber::Overflow,
                            "Overflow: a number is too large for the place that holds it.");
+    }
     return static_cast<To>(value);
 }

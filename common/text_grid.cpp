@@ -221,10 +221,11 @@ void Del_Row(TextGrid &grid, int lastColumn, std::int16_t row)
     for (int column = 0; column <= last; ++column)
         grid.setText(row, column, {});
     grid.setRowData(row, 0);
-    if (grid.rows() > 2)
+    if (grid.rows() > 2) {
         Shift_Rows(row, grid, static_cast<std::int16_t>(last));
-    else
+    } else {
         grid.setText(1, 0, "1"); // the serial number of the one line that stays
+    }
 }
 
 void Shift_Rows(std::int16_t row, TextGrid &grid, std::int16_t lastColumn)

@@ -45,6 +45,8 @@ struct Overload : Cases...
 {
     using Cases::operator()...;
 };
+template <class... Cases>
+Overload(Cases...) -> Overload<Cases...>; // GCC finds this by itself, Clang 14 does not
 
 [[noreturn]] void throwNotANumber()
 {

@@ -31,9 +31,10 @@ std::shared_ptr<OpenedFile> openShared(const std::string &file, const std::strin
     const FileIdentity identity = identityOf(file);
     if (const auto found = opened.find(identity); found != opened.end()) {
         auto shared = found->second.lock();
-        if (shared->password != password)
+        if (shared->password != password) {
             throw AppError(ErrorNumber::PasswordWrong,
                            "The password does not open the database file " + file + ".");
+        }
         return shared;
     }
     const bool readOnly = ::access(file.c_str(), W_OK) != 0;

@@ -48,9 +48,10 @@ void Connection::execute(const std::string &text)
 
 Engine &Connection::engine() const
 {
-    if (!m_engine)
+    if (!m_engine) {
         throw RunTimeError(ErrorNumber::ObjectClosed,
                            "The database is not open, so nothing can be read from it or written to it.");
+    }
     return *m_engine;
 }
 

@@ -31,20 +31,22 @@ ConnectionTarget parseConnectionString(std::string_view text)
             continue;
         const std::string_view name = trimmed(part.substr(0, equals));
         const std::string_view value = trimmed(part.substr(equals + 1));
-        if (equalNoCase(name, "Provider"))
+        if (equalNoCase(name, "Provider")) {
             jet = upperText(value).starts_with(kJetProvider);
-        else if (equalNoCase(name, "Data Source"))
+        } else if (equalNoCase(name, "Data Source")) {
             target.file = value;
-        else if (equalNoCase(name, "DSN"))
+        } else if (equalNoCase(name, "DSN")) {
             target.dataSource = value;
-        else if (equalNoCase(name, "PWD") || equalNoCase(name, "Jet OLEDB:Database Password"))
+        } else if (equalNoCase(name, "PWD") || equalNoCase(name, "Jet OLEDB:Database Password")) {
             target.password = value;
+        }
     }
     const bool namesFile = jet && !target.file.empty() && target.dataSource.empty();
     const bool namesSource = !jet && !target.dataSource.empty() && target.file.empty();
-    if (!namesFile && !namesSource)
+    if (!namesFile && !namesSource) {
         throw RunTimeError(ErrorNumber::StatementNotUnderstood,
                            "The connection string names neither an Access file nor an ODBC data source.");
+    }
     return target;
 }
 

@@ -53,10 +53,11 @@ std::string localPath(const std::string &path)
     fs::path mapped;
     for (const fs::path &part : fs::path(rest)) {
         const std::string name = part.string();
-        if (name.empty() || name == "." || name == ".." || part.has_root_directory())
+        if (name.empty() || name == "." || name == ".." || part.has_root_directory()) {
             mapped /= part;
-        else
+        } else {
             mapped /= nameIn(mapped, name);
+        }
     }
     return mapped.string();
 }

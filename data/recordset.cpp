@@ -114,10 +114,11 @@ void Recordset::setField(std::string_view name, Value value)
     Value converted = m_rows->converted(column, std::move(value));
     const auto pending = std::find_if(m_pending.begin(), m_pending.end(),
                                       [column](const auto &change) { return change.first == column; });
-    if (pending != m_pending.end())
+    if (pending != m_pending.end()) {
         pending->second = std::move(converted);
-    else
+    } else {
         m_pending.emplace_back(column, std::move(converted));
+    }
 }
 
 void Recordset::update()
@@ -151,9 +152,10 @@ std::size_t Recordset::position(std::string_view name) const
     const auto &columns = m_rows->columns();
     const auto found = std::find_if(columns.begin(), columns.end(),
                                     [name](const std::string &column) { return equalNoCase(column, name); });
-    if (found == columns.end())
+    if (found == columns.end()) {
         throw SqlError(ErrorNumber::FieldNotFound,
                        "The field " + std::string(name) + " is not among the fields that were read.");
+    }
     return static_cast<std::size_t>(found - columns.begin());
 }
 
@@ -165,9 +167,10 @@ void Recordset::writePending()
 
 void Recordset::requireOpen() const
 {
-    if (!m_rows)
+    if (!m_rows) {
         throw RunTimeError(ErrorNumber::ObjectClosed,
                            "The rows are not open, so none of them can be read or changed.");
+    }
 }
 
 void Recordset::throwNoRow()

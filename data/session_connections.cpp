@@ -17,9 +17,10 @@ const std::string kPassword(schema::kPassword);
 
 void requireServer(const Session &session)
 {
-    if (!folderReachable(session.ServerPath))
+    if (!folderReachable(session.ServerPath)) {
         throw FileError(ErrorNumber::UnreachableServer,
                         "The server folder " + session.ServerPath + " cannot be reached.");
+    }
 }
 
 void openNew(Connection &connection, const std::string &text, Durable durable = Durable::Yes)
