@@ -110,8 +110,6 @@ private slots:
     void stockIsCarriedFromYearToYear();
     void sameSeedSameHistory();
     void savedOrdersAgreeWithTheMovements();
-    void fillProposesSomeHundredLines_data();
-    void fillProposesSomeHundredLines();
     void mastersOfTheTwoNewestYearsDiffer();
     void oddRowsOccur();
     void suppliersAreOfEveryKind();
@@ -260,47 +258,6 @@ void HistoryTest::savedOrdersAgreeWithTheMovements()
         }
     }
     QVERIFY(lines > 200);
-}
-
-void HistoryTest::fillProposesSomeHundredLines_data()
-{
-    QTest::addColumn<int>("month");
-    QTest::addColumn<int>("dayOfMonth");
-    QTest::addColumn<int>("company");
-    QTest::newRow("autumn") << 11 << 22 << 0;
-    QTest::newRow("second company") << 11 << 22 << 1;
-    QTest::newRow("new year") << 4 << 10 << 0;
-    QTest::newRow("old year") << 3 << 31 << 0;
-}
-
-/// SPARES, 6 months, cover 2 on the sample that is made without options.
-void HistoryTest::fillProposesSomeHundredLines()
-{
-    QFETCH(int, month);
-    QFETCH(int, dayOfMonth);
-    QFETCH(int, company);
-    const Day date = day(2026, static_cast<unsigned>(month), static_cast<unsigned>(dayOfMonth));
-    const Made made = make(options(date, 3'000, 60'000), company);
-    const Day from = std::chrono::year_month_day{date} - std::chrono::months{6};
-    const Currency cover = Currency::fromUnits(2);
-
-    std::map<std::int32_t, Currency> out, present;
-    for (const MadeYear *entry : {&made.years[1], &made.years[2]})
-        for (const Movement &movement : entry->movements)
-            if (movement.day && *movement.day >= from && *movement.day < date && movement.form &&
-                !isExcluded(*movement.form))
-                out[movement.item] += movement.out.value_or(Currency());
-    for (const Movement &movement : made.years[2].movements)
-        present[movement.item] += inLessOut(movement);
-
-    int proposed = 0;
-    for (const Part &part : made.catalogue.parts) {
-        const Currency average =
-            std::max(out[part.code] / Currency::fromUnits(6), Currency::fromUnits(1)).rounded();
-        proposed += part.higher && *part.higher >= 1 && *part.higher <= 3 &&
-                    present[part.code] < out[part.code] && average * cover > present[part.code];
-    }
-    QVERIFY2(proposed >= 200 && proposed <= 900, qPrintable(QString::number(proposed)));
 }
 
 void HistoryTest::mastersOfTheTwoNewestYearsDiffer()
