@@ -158,6 +158,10 @@ int planNumber(VirtualTable &table, const AccessPlan &plan)
     return static_cast<int>(found - table.plans.begin());
 }
 
+/// A plan outlives the rows it was made for: a scratch table is empty when its look-up is first compiled and holds
+/// thousands of rows a moment later. No table is planned for as smaller than this.
+constexpr std::uint32_t kPlannedRows = 1000;
+
 void fillChoice(VirtualTable &table, sqlite3_index_info &info)
 {
     std::vector<Condition> conditions;
@@ -175,7 +179,7 @@ void fillChoice(VirtualTable &table, sqlite3_index_info &info)
     for (int i = 0; i < info.nOrderBy; ++i)
         order.push_back({info.aOrderBy[i].iColumn < 0 ? kRowPlace : info.aOrderBy[i].iColumn,
                          info.aOrderBy[i].desc != 0});
-    table.info.rows = table.table.approximateRows();
+    table.info.rows = std::max(table.table.approximateRows(), kPlannedRows);
     const Choice choice = chooseAccess(table.info, conditions, order);
     for (std::size_t i = 0; i < choice.arguments.size(); ++i)
         info.aConstraintUsage[numbers[choice.arguments[i]]].argvIndex = static_cast<int>(i) + 1;
