@@ -14,6 +14,7 @@
 
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QLayout>
 
 namespace {
 
@@ -268,15 +269,14 @@ void frmOrd::cmdExit_Click()
     m_context.shell.endProgram();
 }
 
-/// Fits the form into the main window; the layouts keep its parts in their places.
+/// Fits the form into the main window. Once it is its child it follows that window's size by itself; the
+/// layouts keep the parts within `Pic` in their places.
 void frmOrd::Disp_Set()
 {
     const Session &session = m_context.session;
-    if (session.MdiWidth > 0 && session.MdiHeight > 0)
+    if (!parentWidget() && session.MdiWidth > 0 && session.MdiHeight > 0)
         resize(session.MdiWidth, session.MdiHeight);
-    m_ui->Pic->setGeometry(rect());
-    for (QFrame *part : {m_ui->outerShape, m_ui->innerShape, m_ui->fmSave, m_ui->fmAmt})
-        part->updateGeometry();
+    layout()->activate();
 }
 
 /// Closes the year and the main database and removes the data sources of every year and of the main database.

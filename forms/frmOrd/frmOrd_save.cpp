@@ -91,8 +91,10 @@ void frmOrd::Get_Data()
     // Failing statements are skipped one by one: what cannot be read stays as it was, the rest is shown.
     emptyGrid();
     const double number = attemptOr(0.0, [this] { return numberIn(m_ui->txtOrdNo); });
-    if (number == 0)
-        return dialogs().notice(ui::typed(tr("Enter Order Number")));
+    if (number == 0) {
+        dialogs().notice(ui::typed(tr("Enter Order Number")));
+        return m_ui->txtOrdNo->setFocus(); // Clearing the grid may have drawn the focus there.
+    }
     attempt([&] { m_printedNumber = orderNumber(number); });
 
     // A header that cannot be read counts as none: nothing of the form is touched.
@@ -152,4 +154,5 @@ void frmOrd::emptyGrid()
 {
     m_lines.clear();
     m_lines.setRows(2);
+    hideEditor(); // It still shows what the cell under it held.
 }
