@@ -70,6 +70,9 @@ void TableChecker::claimMaps()
     const UsageMap owned(store, definition.ownedMap);
     m_claims.claimMap(definition.ownedMap, m_where);
     m_claims.claimMap(definition.freeMap, m_where);
+    if (const auto missing = owned.missing())
+        m_findings.add(m_where,
+                       "page " + std::to_string(number(*missing)) + " lies beyond the end of the file");
     for (const PageNo page : owned.pages())
         m_claims.claim(page, m_where);
     for (const PageNo page : UsageMap(store, definition.freeMap).pages()) {

@@ -26,6 +26,9 @@ public:
     /// The first page of the set that is not below `from`.
     [[nodiscard]] std::optional<PageNo> next(PageNo from) const;
 
+    /// A page of the set that lies beyond the end of the file, as in a file that was cut short.
+    [[nodiscard]] std::optional<PageNo> missing() const;
+
     void add(PageNo page);
     void remove(PageNo page);
 

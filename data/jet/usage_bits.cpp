@@ -63,7 +63,12 @@ PagePin pinBitmap(PageCache &cache, PageNo page)
 
 std::optional<PageNo> nextPage(PageCache &cache, const MapRow &row, PageNo from)
 {
-    const std::uint32_t end = cache.pageCount();
+    return nextPage(cache, row, from, PageNo{cache.pageCount()});
+}
+
+std::optional<PageNo> nextPage(PageCache &cache, const MapRow &row, PageNo from, PageNo endPage)
+{
+    const std::uint32_t end = number(endPage);
     if (row.kind == MapKind::Inline) {
         const std::uint32_t first = row.firstPage();
         const auto bit = nextBit(row.bits(), number(from) > first ? number(from) - first : 0);

@@ -57,7 +57,9 @@ struct MapRow
 /// A checked bitmap page of a reference map.
 [[nodiscard]] PagePin pinBitmap(PageCache &cache, PageNo page);
 
-/// The first page not below `from` whose bit is set; pages beyond the end of the file are left out.
+/// The first page from `from` to below `end` whose bit is set.
+[[nodiscard]] std::optional<PageNo> nextPage(PageCache &cache, const MapRow &row, PageNo from, PageNo end);
+/// The same inside the file: pages beyond its end are left out.
 [[nodiscard]] std::optional<PageNo> nextPage(PageCache &cache, const MapRow &row, PageNo from);
 
 } // namespace jet

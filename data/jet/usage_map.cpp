@@ -75,6 +75,16 @@ std::optional<PageNo> UsageMap::next(PageNo from) const
     return nextPage(m_store->cache(), MapRow(m_store->cache(), m_row), from);
 }
 
+std::optional<PageNo> UsageMap::missing() const
+{
+    if (!exists())
+        return std::nullopt;
+    // Larger than the number of any page of a row pointer.
+    constexpr PageNo kBehindAll{0x01000000};
+    PageCache &cache = m_store->cache();
+    return nextPage(cache, MapRow(cache, m_row), PageNo{cache.pageCount()}, kBehindAll);
+}
+
 void UsageMap::add(PageNo page)
 {
     if (!exists())
