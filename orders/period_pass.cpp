@@ -44,15 +44,14 @@ bool isOfType(OrderType type, const Value &higher)
 
 void FieldSum::add(const Value &value)
 {
-    if (const auto *amount = std::get_if<Currency>(&value))
-        m_exact += *amount;
-    else if (::isNull(value))
+    if (::isNull(value))
         return;
-    else if (std::holds_alternative<float>(value) || std::holds_alternative<double>(value))
-        m_floating += toDouble(value);
-    else
-        m_exact += Null_Cur(value);
     m_any = true;
+    if (std::holds_alternative<float>(value) || std::holds_alternative<double>(value)) {
+        m_floating += toDouble(value);
+    } else {
+        m_exact += Null_Cur(value);
+    }
 }
 
 Currency FieldSum::amount() const

@@ -47,9 +47,10 @@ Currency Od(Currency quantity, Currency multiple)
     if (multiple == Currency())
         return quantity;
     const std::int32_t divisor = wholeNumber(multiple);
-    if (divisor == 0)
+    if (divisor == 0) {
         throw RunTimeError(ErrorNumber::DivisionByZero,
                            "Division by zero: the order multiple is below one half.");
+    }
     // In 64 bits, since the smallest number does not divide by -1 in 32.
     if (std::int64_t{wholeNumber(quantity)} % divisor == 0)
         return quantity;

@@ -99,11 +99,13 @@ void Print_Form(PrintContext &context, const PrintRequest &request)
     Clear_Table(context.conLayouts, "StkOrd");
     context.session.PrintRates = request.rates;
     fillStkOrd(context, request);
-    if (context.dialogs.question("Click - Yes For Dos Printing \r\nClick - No For Windows Printing",
-                                 Dialogs::Icon::Information))
+    const bool asText = context.dialogs.question(
+        "Click - Yes For Dos Printing \r\nClick - No For Windows Printing", Dialogs::Icon::Information);
+    if (asText) {
         Print_Order_As_Text(context);
-    else
+    } else {
         printReport(context, request);
+    }
 }
 
 void Print_Order_As_Text(PrintContext &context)

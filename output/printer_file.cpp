@@ -52,9 +52,10 @@ void PrinterFile::open(const std::string &path)
     m_path = path;
     // Asked first: a path of another system would otherwise become a file of that odd name in the current
     // folder.
-    if (!data::folderReachable(path.substr(0, path.find_last_of("\\/") + 1)))
+    if (!data::folderReachable(path.substr(0, path.find_last_of("\\/") + 1))) {
         throw FileError(ErrorNumber::PathAccess,
                         "The folder for the print file " + path + " cannot be reached.");
+    }
     std::error_code missing;
     std::filesystem::remove(data::localPath(path), missing);
     m_stream.open(data::localPath(path), std::ios::binary | std::ios::trunc);

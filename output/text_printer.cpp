@@ -120,12 +120,12 @@ void TextPrinter::printTitle(std::string_view company, std::string_view town, st
     m_file.write(kAdvance);
 
     m_file.write(kDoubleWidthOn);
-    if (!third.empty())
-        Write_Cell(Field(third, 52, Align::Left), kCondensed, LineEnd::No);
-    else if (!title.empty())
-        Write_Cell(Field(title, 52, Align::Left), kCondensed, LineEnd::No);
-    else
+    const std::string_view heading = third.empty() ? title : third;
+    if (heading.empty()) {
         Write_Cell(std::string(60, ' '), kUntitled, LineEnd::No);
+    } else {
+        Write_Cell(Field(heading, 52, Align::Left), kCondensed, LineEnd::No);
+    }
     m_file.write(kDoubleWidthOff);
     // Every page would be page 1: its counter starts afresh with each heading.
     Write_Cell(Field("Page No. : 1", third.empty() ? 18 : 20, Align::Right), kNormalWidth, LineEnd::Yes);
