@@ -158,8 +158,8 @@ int planNumber(VirtualTable &table, const AccessPlan &plan)
     return static_cast<int>(found - table.plans.begin());
 }
 
-/// A plan outlives the rows it was made for: a scratch table is empty when its look-up is first compiled and holds
-/// thousands of rows a moment later. No table is planned for as smaller than this.
+/// A plan outlives the rows it was made for: a scratch table is empty when its look-up is first compiled and
+/// holds thousands of rows a moment later. No table is planned for as smaller than this.
 constexpr std::uint32_t kPlannedRows = 1000;
 
 void fillChoice(VirtualTable &table, sqlite3_index_info &info)
