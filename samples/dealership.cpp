@@ -52,7 +52,7 @@ public:
         if (!m_target.has_filename()) // written with a separator at its end
             m_target = m_target.parent_path();
         m_work = m_target;
-        m_work += ".part";
+        m_work += ".incomplete-dealership"; // a name that nobody else gives to a folder
     }
 
     void make();
