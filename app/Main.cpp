@@ -46,6 +46,13 @@ Main::Main(const forms::Context &context)
     resize(kUsualSize);
 }
 
+Main::~Main()
+{
+    // A child that ends with its window is not a child that was closed.
+    if (m_child)
+        m_child->disconnect(this);
+}
+
 void Main::createMenu()
 {
     QMenu *window = menuBar()->addMenu(tr("&Window"));

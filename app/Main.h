@@ -19,6 +19,7 @@ class Main : public QMainWindow
 
 public:
     explicit Main(const forms::Context &context);
+    ~Main() override;
 
     /// Shows a form as the child that follows the window's size. The window takes it over.
     void showChild(QWidget *form);

@@ -12,7 +12,7 @@ Step answer(Stage &stage, const QString &question, Answer answer, const QString 
                      yes ? QStringLiteral("Yes") : QStringLiteral("No")),
             [&stage, question] {
                 auto *box = stage.window<QMessageBox>("question");
-                return box && box->text() == question;
+                return box && box->text() == question && stage.activate(box);
             },
             [&stage, yes, pictureName] {
                 stage.picture(stage.window("question"), pictureName);

@@ -25,76 +25,55 @@ constexpr const char *kMonths = "6 M";
 constexpr const char *kCover = "2";
 constexpr const char *kCorrected = "500";
 
-class Job
+} // namespace
+
+Job::Job(Stage &stage, QSize windowSize)
+    : m_stage(stage)
+    , m_windowSize(windowSize)
+{}
+
+std::vector<Step> Job::steps()
 {
-public:
-    Job(Stage &stage, Record &record, QSize windowSize)
-        : m_stage(stage)
-        , m_record(record)
-        , m_windowSize(windowSize)
-    {}
+    logIn();
+    chooseCompany();
+    openOrder();
+    chooseSupplier();
+    propose();
+    correct();
+    saveAndPrint();
+    lookForPart();
+    callUpAgain();
+    leave();
+    return std::move(m_steps);
+}
 
-    std::vector<Step> steps()
-    {
-        logIn();
-        chooseCompany();
-        openOrder();
-        chooseSupplier();
-        propose();
-        correct();
-        saveAndPrint();
-        lookForPart();
-        callUpAgain();
-        leave();
-        return std::move(m_steps);
-    }
+void Job::add(const QString &words, std::function<bool()> ready, std::function<void()> act)
+{
+    m_steps.push_back({words, std::move(ready), std::move(act)});
+}
 
-private:
-    void add(const QString &words, std::function<bool()> ready, std::function<void()> act)
-    {
-        m_steps.push_back({words, std::move(ready), std::move(act)});
-    }
-    /// A step on a form once that is the active window.
-    void on(const char *form, const QString &words, std::function<void()> act)
-    {
-        add(
-            words, [this, form] { return isActive(form); }, std::move(act));
-    }
-    [[nodiscard]] bool isActive(const char *form) const
-    {
-        const QWidget *window = m_stage.window(form);
-        return window && window->isActiveWindow() &&
-               !(QApplication::activeModalWidget() && !window->isModal());
-    }
-    template <class Control>
-    [[nodiscard]] Control *order(const char *name) const
-    {
-        return m_stage.control<Control>("frmOrd", name);
-    }
-    [[nodiscard]] QString cell(int row, int column) const
-    {
-        return order<ui::GridView>("fgList")->model()->index(row - 1, column).data().toString();
-    }
-    /// The order form in its main window.
-    void pictureOrder(const QString &name) { m_stage.picture(m_stage.window("Main"), name); }
-    [[nodiscard]] int linesWithQuantity() const;
+void Job::on(const char *form, const QString &words, std::function<void()> act)
+{
+    add(
+        words, [this, form] { return isActive(form); }, std::move(act));
+}
 
-    void logIn();
-    void chooseCompany();
-    void openOrder();
-    void chooseSupplier();
-    void propose();
-    void correct();
-    void saveAndPrint();
-    void lookForPart();
-    void callUpAgain();
-    void leave();
+bool Job::isActive(const char *form) const
+{
+    QWidget *window = m_stage.window(form);
+    const bool behindDialog = window && QApplication::activeModalWidget() && !window->isModal();
+    return window && !behindDialog && m_stage.activate(window->window());
+}
 
-    Stage &m_stage;
-    Record &m_record;
-    QSize m_windowSize;
-    std::vector<Step> m_steps;
-};
+QString Job::cell(int row, int column) const
+{
+    return order<ui::GridView>("fgList")->model()->index(row - 1, column).data().toString();
+}
+
+void Job::pictureOrder(const QString &name)
+{
+    m_stage.picture(m_stage.window("Main"), name);
+}
 
 int Job::linesWithQuantity() const
 {
@@ -215,6 +194,9 @@ void Job::correct()
         m_stage.press(Qt::Key_L, Qt::AltModifier);
         m_stage.expect(list->hasFocus() || list->isAncestorOf(QApplication::focusWidget()),
                        QStringLiteral("The order lines do not have the keyboard."));
+        // From the top left: part number, part name, quantity.
+        m_stage.press(Qt::Key_Home, Qt::ControlModifier);
+        m_stage.press(Qt::Key_Right);
         m_stage.press(Qt::Key_Right);
         m_stage.press(Qt::Key_Right);
         m_record.correctedRow = list->currentIndex().row() + 1;
@@ -313,13 +295,6 @@ void Job::leave()
 {
     on("frmOrd", QStringLiteral("10. I leave the program by the exit button's key."),
        [this] { m_stage.press(Qt::Key_X, Qt::AltModifier); });
-}
-
-} // namespace
-
-std::vector<Step> storekeepersJob(Stage &stage, Record &record, QSize windowSize)
-{
-    return Job(stage, record, windowSize).steps();
 }
 
 } // namespace tour

@@ -23,6 +23,45 @@ struct Record
     int lines = 0; ///< lines with a quantity above zero when the order was saved
 };
 
-[[nodiscard]] std::vector<Step> storekeepersJob(Stage &stage, Record &record, QSize windowSize);
+/// The job's steps; it must live until they are played.
+class Job
+{
+public:
+    Job(Stage &stage, QSize windowSize);
+
+    [[nodiscard]] std::vector<Step> steps();
+    [[nodiscard]] const Record &record() const { return m_record; }
+
+private:
+    void add(const QString &words, std::function<bool()> ready, std::function<void()> act);
+    /// A step on a form once that is the active window.
+    void on(const char *form, const QString &words, std::function<void()> act);
+    [[nodiscard]] bool isActive(const char *form) const;
+    template <class Control>
+    [[nodiscard]] Control *order(const char *name) const
+    {
+        return m_stage.control<Control>("frmOrd", name);
+    }
+    [[nodiscard]] QString cell(int row, int column) const;
+    [[nodiscard]] int linesWithQuantity() const;
+    /// The order form in its main window.
+    void pictureOrder(const QString &name);
+
+    void logIn();
+    void chooseCompany();
+    void openOrder();
+    void chooseSupplier();
+    void propose();
+    void correct();
+    void saveAndPrint();
+    void lookForPart();
+    void callUpAgain();
+    void leave();
+
+    Stage &m_stage;
+    Record m_record;
+    QSize m_windowSize;
+    std::vector<Step> m_steps;
+};
 
 } // namespace tour

@@ -81,12 +81,12 @@ int main(int argumentCount, char **arguments)
     }
     ui::applyStyle(application);
     tour::Stage stage(given[2]);
-    tour::Record record;
+    tour::Job job(stage, kUsualSize);
     Session session;
     {
         Program program(dialogs, clock, shell, QFileInfo(given[1]).absoluteFilePath().toStdString());
         program.start();
-        stage.play(tour::storekeepersJob(stage, record, kUsualSize));
+        stage.play(job.steps());
         if (!shell.ended())
             Application::exec();
         session = program.session();
@@ -95,5 +95,5 @@ int main(int argumentCount, char **arguments)
         std::printf("The tour did not reach its end.\n");
         return 1;
     }
-    return check(session, record);
+    return check(session, job.record());
 }

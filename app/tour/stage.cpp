@@ -131,6 +131,14 @@ QWidget *Stage::focus()
     return window && window->focusWidget() ? window->focusWidget() : window;
 }
 
+bool Stage::activate(QWidget *window) const
+{
+    if (window->isActiveWindow())
+        return true;
+    window->activateWindow();
+    return false;
+}
+
 void Stage::press(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 {
     QWidget *widget = focus();

@@ -52,6 +52,8 @@ public:
         return found;
     }
 
+    /// True when the window has the keyboard; where no window manager gives it the keyboard, asks for it.
+    [[nodiscard]] bool activate(QWidget *window) const;
     /// Presses a key in whatever has the focus.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
     void type(const QString &text) const;

@@ -153,10 +153,7 @@ int GridView::naturalWidth(int column) const
 {
     const TextGrid::Heading &heading = m_grid.heading(column);
     const QFontMetricsF cells(font());
-    // The style paints headings in bold; the header's own font does not say so.
-    QFont bold = horizontalHeader()->font();
-    bold.setBold(true);
-    const QFontMetricsF headings(bold);
+    const QFontMetricsF headings(horizontalHeader()->font());
     const QString text = shown(heading.text);
     const auto blanks = qMax<qsizetype>(0, heading.widthInCharacters - text.size());
     double width = qMax(headings.horizontalAdvance(text), cells.horizontalAdvance(text)) +

@@ -48,7 +48,7 @@ QLabel[heading="true"] { background: #1f5f7a; color: white; padding: 6px 12px; f
 QPushButton { padding: 4px 14px; min-height: 1.3em; }
 QPushButton:focus { border: 2px solid #1f5f7a; border-radius: 3px; background: #dcebf1; }
 QHeaderView::section { background: #dde5e9; color: #1f2326; border: 0; border-right: 1px solid #c3ced4;
-    border-bottom: 1px solid #c3ced4; padding: 4px 3px; font-weight: 600; }
+    border-bottom: 1px solid #c3ced4; padding: 4px 3px; }
 QTableView { gridline-color: #dfe4e7; selection-background-color: #1f5f7a; selection-color: white; }
 QTableView:focus { border: 2px solid #1f5f7a; }
 QToolTip { padding: 3px; }

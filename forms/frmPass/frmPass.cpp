@@ -19,7 +19,7 @@
 namespace {
 
 constexpr std::uint8_t kAllowedFailures = 3;
-constexpr int kFieldWidthInCharacters = 28;
+constexpr int kFieldWidthInCharacters = 36;
 
 /// What the login needs of a row of `Pass`.
 struct User
