@@ -121,6 +121,8 @@ RowShape readShape(std::span<const std::byte> row, const TableLayout &layout, Ro
         throw damagedRow(id, "it is too short");
     RowShape shape;
     shape.columns = loadCount(row, 0, format);
+    if (shape.columns == 0)
+        throw damagedRow(id, "it has no fields");
     const std::size_t maskBytes = maskSize(shape.columns);
     if (maskBytes > row.size() - count)
         throw damagedRow(id, "its null mask does not fit");
