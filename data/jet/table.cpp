@@ -75,8 +75,13 @@ public:
             }
             const UsageMap owned(m_table.db.store, m_table.definition.ownedMap);
             const auto page = owned.next(m_started ? PageNo{number(m_page) + 1} : PageNo{0});
-            if (!page)
+            if (!page) {
+                // What the file lost must not pass for what was never there.
+                if (const auto missing = owned.missing())
+                    throw damaged(*missing, "rows of table " + m_table.definition.name +
+                                                " are to be here, but the file ends before it");
                 return false;
+            }
             m_started = true;
             m_page = *page;
             m_slot = 0;
