@@ -1,5 +1,6 @@
 #include "orders/proposal.h"
 
+#include "common/errors.h"
 #include "tests/support/small_dealership.h"
 
 #include <QTest>
@@ -59,6 +60,7 @@ private slots:
     void theGridIsFilledFromARowOn();
     void coloursAndCurrentCell();
     void nothingProposedLeavesAnEmptyLine();
+    void aYearThatCannotBeOpenedEndsTheRun();
 };
 
 void ProposalTest::bothWaysGiveTheHandMadeProposal_data()
@@ -217,6 +219,21 @@ void ProposalTest::nothingProposedLeavesAnEmptyLine()
     QCOMPARE(grid.rows(), 2);
     QCOMPARE(shown(grid, 1), QByteArray("|||||||||||#0"));
     QCOMPARE(grid.backColour(1, kColAverage), BgrColour{0xE0E0E0});
+}
+
+void ProposalTest::aYearThatCannotBeOpenedEndsTheRun()
+{
+    SmallDealership dealer;
+    fillable(dealer);
+    Proposal proposal(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
+    proposal.analyse(request("1"));
+    proposal.finish();
+    std::filesystem::remove(dealer.folder() + "/server/DataBas/Y26.mdb");
+    dealer.conYear.close();
+    for (const auto way : {Proposal::Way::OnePass, Proposal::Way::Statements})
+        QVERIFY_EXCEPTION_THROWN(proposal.analyse(request("1"), {}, way), AppError);
+    // What stood in the scratch table before was emptied first.
+    QCOMPARE(proposed(dealer), QByteArray());
 }
 
 QTEST_APPLESS_MAIN(ProposalTest)
