@@ -24,10 +24,11 @@ need_packages() {
         --no-install-recommends $missing" >/dev/null
 }
 
+# build_release TARGET: "programs" for what a person starts, "all" for the tests too.
 build_release() {
     say "Building"
     [ -e build/build.ninja ] || cmake --preset release >/dev/null
-    cmake --build build -- --quiet
+    cmake --build build --target "$1" -- --quiet
 }
 
 # link_program FOLDER: the program's own folder is the one it is started from; a link makes that the folder with the
