@@ -33,8 +33,6 @@ private slots:
     void theMinimumOrderQuantityWarns();
     void behindTheRateANewRowBegins();
     void aBlankRowCostsTheLast();
-    void aRefusedFillEmptiesTheGrid();
-    void nothingToProposeLeavesAnEmptyRow();
     void linesAreRemoved_data();
     void linesAreRemoved();
     void theMenuRemovesTheLine();
@@ -350,34 +348,6 @@ void frmOrdGridTest::aBlankRowCostsTheLast()
     QCOMPARE(desk.lines()->rowCount(), 3);
     QCOMPARE(desk.current(), Cell(3, kColPartNo));
     QCOMPARE(desk.cell(3, kColPartNo), QStringLiteral("GSK-7"));
-}
-
-void frmOrdGridTest::aRefusedFillEmptiesTheGrid()
-{
-    OrderDesk desk;
-    desk.open();
-    desk.load("41");
-    desk.dialogs.answers << false;
-    desk.control<QAbstractButton>("cmdView")->click();
-    QCOMPARE(desk.lines()->rowCount(), 1);
-    QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
-    QVERIFY(desk.control("cmdView")->isEnabled());
-    QCOMPARE(desk.text("txtSName"), QStringLiteral("SOUTHERN SPARES"));
-}
-
-void frmOrdGridTest::nothingToProposeLeavesAnEmptyRow()
-{
-    OrderDesk desk;
-    desk.open();
-    desk.control("dtpOrdDate")->setProperty("date", QDate(2024, 1, 1));
-    desk.control<ui::ComboBox>("cmbMonth")->click(0);
-    desk.dialogs.answers << true;
-    desk.control<QAbstractButton>("cmdView")->click();
-    QCOMPARE(desk.lines()->rowCount(), 1);
-    QVERIFY(desk.control("cmdView")->isEnabled());
-    desk.control<ui::ComboBox>("cmbMonth")->setCurrentIndex(-1);
-    desk.dialogs.takeShown();
-    QVERIFY(desk.dialogs.errors.isEmpty());
 }
 
 void frmOrdGridTest::linesAreRemoved_data()

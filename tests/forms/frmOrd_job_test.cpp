@@ -1,9 +1,10 @@
-// A new order from the first key to the printer file, with the keyboard alone.
+// A new order from the first key to the printer file, with the keyboard alone; and fills that give nothing.
 #include "tests/forms/order_desk.h"
 #include "tests/output/visible_stream.h"
 
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
 
+#include <QAbstractButton>
 #include <QProcess>
 #include <QStandardPaths>
 
@@ -15,6 +16,9 @@ class frmOrdJobTest : public QObject
 
 private slots:
     void aNewOrderIsProposedCorrectedSavedAndPrinted();
+    void aRefusedFillEmptiesTheGrid();
+    void nothingToProposeLeavesAnEmptyRow();
+    void anErrorInTheFillLeavesTheButtonDisabled();
 };
 
 namespace {
@@ -120,6 +124,50 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     // StkOrdNo, Slno, ItemCode, LSTQty, LSDays, Qty, Rate, AQty, PQty, Moq, MinQty
     QCOMPARE(lines, QByteArrayList({"42,1,2,33,56,5,120.2500,6,7,10,0", "42,2,1,12,41,5,450.5000,2,3,5,2",
                                     "42,3,6,2,177,2,75.0000,1,0,0,0"}));
+}
+
+void frmOrdJobTest::aRefusedFillEmptiesTheGrid()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    desk.dialogs.answers << false;
+    desk.control<QAbstractButton>("cmdView")->click();
+    QCOMPARE(desk.lines()->rowCount(), 1);
+    QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
+    QVERIFY(!desk.control("txtItem")->isVisible()); // it would still show the old part number
+    QVERIFY(desk.control("cmdView")->isEnabled());
+    QCOMPARE(desk.text("txtSName"), QStringLiteral("SOUTHERN SPARES"));
+}
+
+void frmOrdJobTest::nothingToProposeLeavesAnEmptyRow()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.control("dtpOrdDate")->setProperty("date", QDate(2024, 1, 1));
+    desk.control<ui::ComboBox>("cmbMonth")->click(0);
+    desk.dialogs.answers << true;
+    desk.control<QAbstractButton>("cmdView")->click();
+    QCOMPARE(desk.lines()->rowCount(), 1);
+    QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
+    QVERIFY(desk.control("cmdView")->isEnabled());
+    QVERIFY(desk.dialogs.errors.isEmpty());
+}
+
+void frmOrdJobTest::anErrorInTheFillLeavesTheButtonDisabled()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.connections.conLayouts.close();
+    desk.connections.conMain.close();
+    desk.dialogs.answers << true;
+    desk.control<QAbstractButton>("cmdView")->click();
+    QCOMPARE(desk.dialogs.errors, QList<int>({static_cast<int>(ErrorNumber::ObjectClosed)}));
+    QVERIFY(!desk.control("cmdView")->isEnabled());
+    // The form itself stays usable: the pointer is back, keys work.
+    QVERIFY(!QApplication::overrideCursor());
+    desk.press(Qt::Key_F3);
+    QCOMPARE(desk.text("lblName"), QStringLiteral("Modify Spares Order Form"));
 }
 
 QTEST_MAIN(frmOrdJobTest)
