@@ -29,7 +29,8 @@ public:
     virtual ~Navigator() = default;
     /// After a successful login: the login form is gone, the company form is shown modally.
     virtual void showStart() = 0;
-    /// After company and year were chosen: shows `Main`, calls the order form's `Calling` and shows it inside `Main`.
+    /// After company and year were chosen: shows `Main`, calls the order form's `Calling` and shows it inside
+    /// `Main`.
     virtual void showMain() = 0;
 };
 
