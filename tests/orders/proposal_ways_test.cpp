@@ -56,11 +56,14 @@ void addItems(Dice &dice, TestDatabase &year, bool older, bool doubled)
         if (code % 5 == (older ? 0 : 1) || code % 13 == 0)
             continue;
         const int times = doubled && code % 7 == 0 ? 2 : 1;
+        Value partCode;
         for (int time = 0; time < times; ++time) {
             const std::string own = "P" + std::to_string(dice.roll(1000));
-            const Value partCode = dice.oneIn(15)  ? Value()
-                                   : dice.oneIn(3) ? Value(std::string(dice.of(kPartCodes)))
-                                                   : Value(own);
+            // Two rows of one code have one part number, or two.
+            if (time == 0 || dice.oneIn(2))
+                partCode = dice.oneIn(15)  ? Value()
+                           : dice.oneIn(3) ? Value(std::string(dice.of(kPartCodes)))
+                                           : Value(own);
             year.row("Mast_Items",
                      {{"ItemCode", code},
                       {"PartCode", partCode},
