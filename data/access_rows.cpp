@@ -181,6 +181,7 @@ private:
 
 bool TableRows::read(jet::RowId place)
 {
+    const jet::ReadScope reading(*m_file->database);
     const auto row = m_table->fetch(place);
     if (!row) {
         m_current.reset();
@@ -252,6 +253,8 @@ void TableRows::finish()
 std::unique_ptr<Rowset> openRows(std::shared_ptr<OpenedFile> file, const std::string &text, CursorType cursor,
                                  LockType lock, Durable durable)
 {
+    // What is gathered here is gathered from one state of the file.
+    const jet::ReadScope reading(*file->database);
     auto query = file->sql.select(text);
     if (lock == LockType::Pessimistic && query->table())
         return std::make_unique<TableRows>(std::move(file), *query, durable);

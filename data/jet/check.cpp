@@ -104,6 +104,7 @@ void PageClaims::compareWithGlobalMap()
 
 std::vector<Finding> check(Database &database, std::size_t limit)
 {
+    const ReadScope reading(database);
     Findings findings(limit);
     Database::Impl &impl = Database::Impl::of(database);
     PageClaims claims(impl.store, findings);

@@ -255,8 +255,10 @@ std::unique_ptr<Database> Database::create(const std::string &path, const Create
 
     std::unique_ptr<File> file = folder.open(path, OpenMode::Create);
     try {
+        auto shared =
+            std::make_unique<SharedFile>(*file, folder, path, options.locks, SharedFile::Access::ReadWrite);
         std::unique_ptr<Database> database(
-            new Database(std::make_unique<Impl>(path, std::move(file), header, false)));
+            new Database(std::make_unique<Impl>(path, std::move(file), std::move(shared), header, false)));
         Impl &impl = *database->m_impl;
         impl.objectDate = options.created;
         WriteScope scope(impl.cache);
@@ -266,7 +268,9 @@ std::unique_ptr<Database> Database::create(const std::string &path, const Create
         makeCatalogue(impl);
         fillCatalogue(impl);
         scope.commit();
+        impl.shared->removeJournal();
         folder.syncFolder(path);
+        impl.shared->setPageSize(impl.cache.format().pageSize);
         return database;
     } catch (...) {
         // No half-made database stays behind.

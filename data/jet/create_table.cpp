@@ -118,6 +118,7 @@ namespace {
 
 Table &Database::createTable(const TableSpec &spec)
 {
+    const WriteLock lock(m_impl->cache);
     m_impl->requireWritable();
     const Format &format = m_impl->cache.format();
     checkSpec(spec, format);
@@ -141,6 +142,7 @@ Table &Database::createTable(const TableSpec &spec)
 
 void Database::createIndex(std::string_view tableName, const IndexSpec &spec)
 {
+    const WriteLock lock(m_impl->cache);
     Table &target = table(tableName);
     Table::Impl &impl = Table::Impl::of(target);
     impl.requireWritable();

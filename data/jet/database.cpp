@@ -23,6 +23,36 @@ void requirePlain(const FileHeader &header, const std::string &path)
         throw CorruptFile("The database file " + path + " is encoded (page 0). Decode it with Access first.");
 }
 
+struct OpenedParts
+{
+    std::unique_ptr<File> file;
+    std::unique_ptr<SharedFile> shared;
+    bool readOnly = false;
+};
+
+[[nodiscard]] OpenedParts openParts(const std::string &path, const OpenOptions &options, Folder &folder)
+{
+    OpenedParts parts;
+    const auto open = [&](OpenMode mode, SharedFile::Access access) {
+        parts.file = folder.open(path, mode);
+        parts.shared = std::make_unique<SharedFile>(*parts.file, folder, path, options.locks, access);
+    };
+    if (!options.readOnly) {
+        try {
+            open(OpenMode::ReadWrite, SharedFile::Access::ReadWrite);
+            return parts;
+        } catch (const FileError &error) {
+            // A file on a medium that cannot be written, or in a folder that takes no lock file, can still be
+            // read.
+            if (error.number() != ErrorNumber::PathAccess)
+                throw;
+        }
+    }
+    open(OpenMode::ReadOnly, SharedFile::Access::ReadOnly);
+    parts.readOnly = true;
+    return parts;
+}
+
 } // namespace
 
 Database::Database(std::unique_ptr<Impl> impl)
@@ -35,25 +65,14 @@ Database::~Database() = default;
 
 std::unique_ptr<Database> Database::open(const std::string &path, const OpenOptions &options, Folder &folder)
 {
-    std::unique_ptr<File> file;
-    bool readOnly = options.readOnly;
-    if (!readOnly) {
-        try {
-            file = folder.open(path, OpenMode::ReadWrite);
-        } catch (const FileError &error) {
-            // A file on a medium that cannot be written can still be read.
-            if (error.number() != ErrorNumber::PathAccess)
-                throw;
-            readOnly = true;
-        }
-    }
-    if (!file)
-        file = folder.open(path, OpenMode::ReadOnly);
-    FileHeader header = readHeader(*file, path);
+    OpenedParts parts = openParts(path, options, folder);
+    parts.shared->settleAtOpening();
+    FileHeader header = readHeader(*parts.file, path);
     requirePlain(header, path);
     checkPassword(header, options.password, path);
-    return std::unique_ptr<Database>(
-        new Database(std::make_unique<Impl>(path, std::move(file), std::move(header), readOnly)));
+    parts.shared->setPageSize(header.format().pageSize);
+    return std::unique_ptr<Database>(new Database(std::make_unique<Impl>(
+        path, std::move(parts.file), std::move(parts.shared), std::move(header), parts.readOnly)));
 }
 
 Version Database::version() const
@@ -80,6 +99,10 @@ std::uint8_t Database::sortOrderVersion() const
 {
     return m_impl->header.sortOrderVersion;
 }
+std::vector<std::string> Database::workstations()
+{
+    return m_impl->shared->workstations();
+}
 PageStore &Database::store()
 {
     return m_impl->store;
@@ -87,12 +110,14 @@ PageStore &Database::store()
 
 std::vector<CatalogueEntry> Database::catalogue()
 {
+    const ReadScope reading(*this);
     const std::vector<CatalogueRow> &objects = m_impl->readObjects();
     return {objects.begin(), objects.end()};
 }
 
 std::vector<std::string> Database::tableNames()
 {
+    const ReadScope reading(*this);
     std::vector<std::string> names;
     for (const CatalogueRow &object : m_impl->readObjects()) {
         if (object.isTable() && object.isUserTable())
@@ -103,12 +128,14 @@ std::vector<std::string> Database::tableNames()
 
 bool Database::hasTable(std::string_view name)
 {
+    const ReadScope reading(*this);
     const CatalogueRow *object = m_impl->findObject(name);
     return object != nullptr && object->isTable();
 }
 
 Table &Database::table(std::string_view name)
 {
+    const ReadScope reading(*this);
     const CatalogueRow *object = m_impl->findObject(name);
     if (object == nullptr)
         throw AppError(ErrorNumber::TableNotFound,
@@ -213,7 +240,7 @@ std::string Database::Impl::readOnlyReason() const
     if (cache.isCutShort())
         return "The file " + path +
                " ends in the middle of a page, as after a crash. Restore it from a copy.";
-    return {};
+    return shared->suspicion();
 }
 
 void Database::Impl::requireWritable() const
@@ -222,6 +249,10 @@ void Database::Impl::requireWritable() const
     if (!reason.empty())
         throw AppError(ErrorNumber::TableReadOnly, reason);
 }
+
+ReadScope::ReadScope(Database &database)
+    : m_lock(database.store().cache())
+{}
 
 ChangeScope::ChangeScope(Database &database, Durability durability)
     : m_scope(database.store().cache(), durability)

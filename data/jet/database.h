@@ -23,7 +23,10 @@ class PageStore;
 struct OpenOptions
 {
     std::string password = {};
+    /// A file opened for reading only makes no lock file and no journal, so that it may lie on a medium that
+    /// cannot be written.
     bool readOnly = false;
+    LockOptions locks = {};
 };
 
 struct CreateOptions
@@ -32,6 +35,7 @@ struct CreateOptions
     std::string password = {};
     /// Date in the catalogue rows; the same date gives the same bytes.
     Date created = Date::fromYmd(2000, 1, 1);
+    LockOptions locks = {};
 };
 
 /// One object of the catalogue.
@@ -48,8 +52,9 @@ struct CatalogueEntry
 class Database
 {
 public:
-    /// Throws FileError (missing, not readable), CorruptFile (no Access file, damaged header),
-    /// AppError(PasswordWrong).
+    /// Throws FileError (missing, not readable, in use), CorruptFile (no Access file, damaged header, changed
+    /// by another program in the middle of a change of ours), AppError(PasswordWrong). Finishes a change that
+    /// a workstation left half done. `folder` must outlive the database.
     [[nodiscard]] static std::unique_ptr<Database>
     open(const std::string &path, const OpenOptions &options = {}, Folder &folder = posixFolder());
     /// Makes a new file; throws AppError(ObjectExists) when there is one.
@@ -60,6 +65,9 @@ public:
     [[nodiscard]] Version version() const;
     [[nodiscard]] const std::string &path() const;
     [[nodiscard]] bool isReadOnly() const;
+    /// Names of the workstations that have the file open, this one included. Nothing is known of the others
+    /// while the file is open for reading only and nobody else writes to it.
+    [[nodiscard]] std::vector<std::string> workstations();
     [[nodiscard]] std::uint16_t codePage() const;
     [[nodiscard]] std::uint16_t sortOrder() const;
     [[nodiscard]] std::uint8_t sortOrderVersion() const;
@@ -85,6 +93,17 @@ private:
     explicit Database(std::unique_ptr<Impl> impl);
     friend class Table;
     std::unique_ptr<Impl> m_impl;
+};
+
+/// All reads inside it see one state of the file, and cost no system call for locks: other workstations'
+/// changes wait for its end. Not needed for a single call, which locks for itself.
+class ReadScope
+{
+public:
+    explicit ReadScope(Database &database);
+
+private:
+    ReadLock m_lock;
 };
 
 /// All changes inside it are one unit: nothing reaches the file before commit(). The changes of Table open

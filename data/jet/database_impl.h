@@ -39,18 +39,21 @@ struct CatalogueRow : CatalogueEntry
 
 struct Database::Impl
 {
-    Impl(std::string thePath, std::unique_ptr<File> theFile, FileHeader theHeader, bool theReadOnly)
+    Impl(std::string thePath, std::unique_ptr<File> theFile, std::unique_ptr<SharedFile> theShared,
+         FileHeader theHeader, bool theReadOnly)
         : path(std::move(thePath))
         , file(std::move(theFile))
+        , shared(std::move(theShared))
         , header(std::move(theHeader))
         , readOnly(theReadOnly)
         , codec(header.version, header.codePage)
-        , cache(*file, header.format())
+        , cache(*file, header.format(), shared.get())
         , store(cache)
     {}
 
     std::string path;
     std::unique_ptr<File> file;
+    std::unique_ptr<SharedFile> shared;
     FileHeader header;
     bool readOnly;
     TextCodec codec;

@@ -42,6 +42,10 @@ public:
     virtual void remove(const std::string &path) = 0;
     /// Makes the creation or removal of files in the folder of `path` durable.
     virtual void syncFolder(const std::string &path) = 0;
+    /// The path with all links followed, so that files made beside it are found by whoever came another way.
+    [[nodiscard]] virtual std::string resolved(const std::string &path) const { return path; }
+    /// True when an opened file is still the one that the path names.
+    [[nodiscard]] virtual bool isAt(const std::string &, const File &) const { return true; }
 };
 
 /// The local file system. Open-file-description locks, so that closing another descriptor never drops a lock.

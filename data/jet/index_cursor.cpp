@@ -32,7 +32,8 @@ class IndexCursor : public Cursor::Impl
 public:
     IndexCursor(Table::Impl &table, std::size_t storedIndex, KeyBytes lower, bool lowerIncluded,
                 KeyBytes upper, bool upperIncluded)
-        : m_table(table)
+        : Impl(table.db.cache)
+        , m_table(table)
         , m_position(table.tree(storedIndex).from(lower))
         , m_lower(std::move(lower))
         , m_upper(std::move(upper))
@@ -42,6 +43,7 @@ public:
 
     bool next(RowView &row) override
     {
+        const ReadLock lock(cache);
         for (;;) {
             const IndexEntry *entry = m_position.next();
             if (entry == nullptr)
@@ -95,6 +97,7 @@ IndexTree &Table::Impl::tree(std::size_t storedIndex)
 
 Cursor Table::along(std::size_t storedIndex, const KeyRange &range)
 {
+    const ReadLock lock(m_impl->db.cache);
     m_impl->reloadIfStale();
     const StoredIndex &index = m_impl->definition.storedIndexes.at(storedIndex);
     KeyBytes lower = boundKey(*m_impl, storedIndex, range.lower);

@@ -158,6 +158,7 @@ Bytes readLongValue(PageCache &cache, std::span<const std::byte> field, RowId id
 {
     if (field.empty())
         return {};
+    const ReadLock lock(cache);
     const Descriptor descriptor = readDescriptor(cache, field, id);
     Bytes value;
     if (descriptor.kind == kInline) {

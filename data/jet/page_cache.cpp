@@ -6,31 +6,15 @@
 
 #include "data/jet/page_cache.h"
 
+#include "common/errors.h"
+#include "data/jet/page_frame.h"
+
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <stdexcept>
 #include <vector>
 
 namespace jet {
-
-struct PagePin::Frame
-{
-    Frame(PageNo pageNumber, std::size_t pageSize)
-        : page(pageNumber)
-        , size(pageSize)
-        , bytes(std::make_unique<std::byte[]>(pageSize))
-    {}
-
-    PageNo page;
-    std::size_t size;
-    std::unique_ptr<std::byte[]> bytes;
-    std::uint32_t pins = 0;
-    std::size_t ringPlace = 0; ///< where the frame stands in the ring, while cached
-    bool cached = false;       ///< the current frame of its page
-    bool changed = false;      ///< belongs to the open scope
-    bool recentlyUsed = false;
-};
 
 PagePin::PagePin(Frame *frame)
     : m_frame(frame)
@@ -83,33 +67,6 @@ constexpr std::uint32_t kSameWalk = 8;
 
 using Frame = PagePin::Frame;
 
-/// Frame of each page, in two steps so that an opened file costs nothing before its pages are used.
-class Directory
-{
-public:
-    [[nodiscard]] Frame *find(PageNo page) const
-    {
-        const std::size_t block = number(page) / kBlock;
-        return block < m_blocks.size() && m_blocks[block] ? (*m_blocks[block])[number(page) % kBlock]
-                                                          : nullptr;
-    }
-
-    void set(PageNo page, Frame *frame)
-    {
-        const std::size_t block = number(page) / kBlock;
-        if (block >= m_blocks.size())
-            m_blocks.resize(block + 1);
-        if (!m_blocks[block])
-            m_blocks[block] = std::make_unique<Block>();
-        (*m_blocks[block])[number(page) % kBlock] = frame;
-    }
-
-private:
-    static constexpr std::size_t kBlock = 512;
-    using Block = std::array<Frame *, kBlock>;
-    std::vector<std::unique_ptr<Block>> m_blocks;
-};
-
 /// Place of a page in the order of writing. A write that is cut off costs least in this order: fresh pages
 /// that nothing names yet, the maps that name them, rows, index entries from the leaves up, counters.
 [[nodiscard]] int writeRank(const PageView &page, bool fresh)
@@ -144,18 +101,21 @@ struct PageCache::Impl
 
     File &file;
     const Format &format;
+    SharedFile *shared;
     std::uint64_t fileSize = 0;
     std::uint32_t pageCount = 0;
     bool cutShort = false; ///< the last page of the file is not whole
     std::size_t capacity = 0;
 
-    Directory directory;
+    PageDirectory directory;
     std::vector<Frame *> ring; ///< all cached frames; the hand walks it to find one to drop
     std::size_t hand = 0;
     std::uint32_t lastMiss = 0;
     std::uint32_t readAhead = 1;
     std::vector<std::byte> batch;
 
+    int readers = 0; ///< locks of either kind
+    int writers = 0;
     int depth = 0; ///< open scopes
     bool poisoned = false;
     Durability durability = Durability::Durable;
@@ -164,9 +124,10 @@ struct PageCache::Impl
     std::uint64_t changeCount = 0;
     std::uint64_t discardCount = 0;
 
-    Impl(File &theFile, const Format &theFormat)
+    Impl(File &theFile, const Format &theFormat, SharedFile *theShared)
         : file(theFile)
         , format(theFormat)
+        , shared(theShared)
         , capacity(kCacheBytes / theFormat.pageSize)
     {
         measure();
@@ -315,9 +276,7 @@ struct PageCache::Impl
         ++discardCount;
     }
 
-    /// Brings all changed pages to the file. The one place where pages are overwritten: what makes a commit
-    /// survive a crash, or excludes other workstations meanwhile, belongs around the loop, where old and new
-    /// images are at hand.
+    /// Brings all changed pages to the file.
     void write()
     {
         if (changes.empty())
@@ -325,46 +284,51 @@ struct PageCache::Impl
         std::ranges::sort(changes, {}, [](const Change &change) {
             return std::pair(writeRank(change.after.view(), !change.before), change.after.page());
         });
-        std::size_t written = 0;
-        try {
-            for (; written < changes.size(); ++written)
-                writePage(changes[written].after);
-            if (durability == Durability::Durable)
-                file.sync();
-        } catch (...) {
-            takeBack(written);
-            throw;
-        }
+        std::vector<PageChange> images;
+        images.reserve(changes.size());
+        for (const Change &change : changes)
+            images.push_back({change.after.page(),
+                              change.before ? change.before.view().bytes() : std::span<const std::byte>(),
+                              change.after.view().bytes()});
+        const std::uint64_t sizeAfter = std::max(fileSize, std::uint64_t{pageCount} * format.pageSize);
+        if (shared != nullptr)
+            shared->commit(images, fileSize, sizeAfter, durability);
+        else
+            writePages(file, images);
         for (const Change &change : changes)
             change.after.m_frame->changed = false;
         changes.clear();
-        fileSize = std::max(fileSize, std::uint64_t{pageCount} * format.pageSize);
+        fileSize = sizeAfter;
     }
 
-    void writePage(const PagePin &page)
+    void hold(Hold wanted)
     {
-        file.write(std::uint64_t{number(page.page())} * format.pageSize, page.view().bytes());
+        if (shared != nullptr && shared->hold(wanted))
+            forget();
     }
 
-    /// After a failed write: puts the old images back as far as the file lets us. A full disk takes them,
-    /// since these pages exist already.
-    void takeBack(std::size_t written)
+    /// What the locks that are left need. A lock that cannot be released ends with the process.
+    void release()
     {
-        try {
-            for (std::size_t i = 0; i < std::min(written + 1, changes.size()); ++i) {
-                if (changes[i].before)
-                    writePage(changes[i].before);
-            }
-            if (pageCount > pageCountBefore)
-                file.truncate(fileSize);
-        } catch (const FileError &) {
-            // The first failure is the one that is reported.
+        attempt([this] { hold(writers > 0 ? Hold::Writing : readers > 0 ? Hold::Reading : Hold::Nothing); });
+    }
+
+    void forget()
+    {
+        for (std::size_t i = ring.size(); i-- > 0;) {
+            if (!ring[i]->changed)
+                remove(ring[i]);
         }
+        hand = 0;
+        if (depth == 0)
+            measure();
+        ++changeCount;
+        ++discardCount;
     }
 };
 
-PageCache::PageCache(File &file, const Format &format)
-    : m_impl(std::make_unique<Impl>(file, format))
+PageCache::PageCache(File &file, const Format &format, SharedFile *shared)
+    : m_impl(std::make_unique<Impl>(file, format, shared))
 {}
 
 PageCache::~PageCache() = default;
@@ -422,14 +386,7 @@ PageEditor PageCache::append()
 
 void PageCache::forget()
 {
-    for (std::size_t i = m_impl->ring.size(); i-- > 0;) {
-        if (m_impl->ring[i]->pins == 0)
-            m_impl->remove(m_impl->ring[i]);
-    }
-    m_impl->hand = 0;
-    if (m_impl->depth == 0)
-        m_impl->measure();
-    ++m_impl->changeCount;
+    m_impl->forget();
 }
 
 bool PageCache::inScope() const
@@ -447,8 +404,41 @@ std::uint64_t PageCache::discardCount() const
     return m_impl->discardCount;
 }
 
-WriteScope::WriteScope(PageCache &cache, Durability durability)
+ReadLock::ReadLock(PageCache &cache)
     : m_cache(&cache)
+{
+    PageCache::Impl &impl = *cache.m_impl;
+    if (impl.readers == 0 && impl.writers == 0)
+        impl.hold(Hold::Reading);
+    ++impl.readers;
+}
+
+ReadLock::~ReadLock()
+{
+    PageCache::Impl &impl = *m_cache->m_impl;
+    if (--impl.readers == 0 && impl.writers == 0)
+        impl.release();
+}
+
+WriteLock::WriteLock(PageCache &cache)
+    : m_cache(&cache)
+{
+    PageCache::Impl &impl = *cache.m_impl;
+    if (impl.writers == 0)
+        impl.hold(Hold::Writing);
+    ++impl.writers;
+}
+
+WriteLock::~WriteLock()
+{
+    PageCache::Impl &impl = *m_cache->m_impl;
+    if (--impl.writers == 0)
+        impl.release();
+}
+
+WriteScope::WriteScope(PageCache &cache, Durability durability)
+    : m_lock(cache)
+    , m_cache(&cache)
     , m_outermost(cache.m_impl->depth == 0)
 {
     PageCache::Impl &impl = *cache.m_impl;

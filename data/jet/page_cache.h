@@ -5,10 +5,13 @@
 // Writing: only inside a WriteScope. edit() gives a writable view of the scope's own copy of the page.
 // Nothing reaches the file before the scope's commit(), and without it nothing does. A page edited in the
 // open scope reads back changed.
+// Sharing: others may change the file whenever this process holds no lock on it. Pages are read under a
+// ReadLock or a WriteLock; when one is taken and somebody else wrote in between, all pages are forgotten.
 #pragma once
 
 #include "data/jet/file.h"
 #include "data/jet/page.h"
+#include "data/jet/shared_file.h"
 
 #include <memory>
 #include <span>
@@ -41,17 +44,12 @@ private:
     Frame *m_frame = nullptr;
 };
 
-/// How far a commit must go before it returns.
-enum class Durability : std::uint8_t {
-    Durable, ///< journalled and synced
-    Lazy,    ///< all or nothing for this process, but the disk is not waited for: scratch tables
-};
-
 class PageCache
 {
 public:
-    /// `file` must outlive the cache. `format` rules page size and header layout.
-    PageCache(File &file, const Format &format);
+    /// `file` must outlive the cache. `format` rules page size and header layout. `shared`, through which
+    /// the file is locked and changed, may be left out where nobody else can have the file open.
+    PageCache(File &file, const Format &format, SharedFile *shared = nullptr);
     ~PageCache();
 
     [[nodiscard]] const Format &format() const;
@@ -67,7 +65,7 @@ public:
     /// A new page of zeros at the end of the file, for changing.
     [[nodiscard]] PageEditor append();
 
-    /// Forgets every page that no handle pins and no scope changed.
+    /// Forgets every page that no scope changed. Handles go on showing what they were taken for.
     void forget();
 
     [[nodiscard]] bool inScope() const;
@@ -75,7 +73,8 @@ public:
     /// Rises with every edit, append, discarded scope and forget(): while it stays the same, what a handle
     /// shows is what the page holds.
     [[nodiscard]] std::uint64_t changeCount() const;
-    /// Rises whenever a scope ends without commit(): whatever was derived from its pages is void.
+    /// Rises whenever a scope ends without commit(), and when pages are forgotten since somebody else
+    /// changed the file: whatever was derived from the pages has to be derived again.
     [[nodiscard]] std::uint64_t discardCount() const;
     /// True when the file's last page is not whole; what is missing reads as zeros and nothing may be
     /// written.
@@ -83,9 +82,41 @@ public:
 
 private:
     friend class PagePin;
+    friend class ReadLock;
+    friend class WriteLock;
     friend class WriteScope;
     struct Impl;
     std::unique_ptr<Impl> m_impl;
+};
+
+/// Keeps other users of the file from changing it. Costs two system calls more than none; inside another lock
+/// it costs nothing. To be held for one statement, never while a person thinks.
+class ReadLock
+{
+public:
+    /// Throws FileError(TableInUse) when somebody else writes for too long.
+    explicit ReadLock(PageCache &cache);
+    ReadLock(const ReadLock &) = delete;
+    ReadLock &operator=(const ReadLock &) = delete;
+    ~ReadLock();
+
+private:
+    PageCache *m_cache;
+};
+
+/// Keeps other users of the file from reading and changing it. What decides about a change is read under it.
+class WriteLock
+{
+public:
+    /// Throws FileError(TableInUse) when somebody else is at work for too long, AppError(TableReadOnly) when
+    /// the file must not be written.
+    explicit WriteLock(PageCache &cache);
+    WriteLock(const WriteLock &) = delete;
+    WriteLock &operator=(const WriteLock &) = delete;
+    ~WriteLock();
+
+private:
+    PageCache *m_cache;
 };
 
 /// All pages changed by one statement. Nothing reaches the file before commit(), and without it nothing does.
@@ -103,6 +134,7 @@ public:
     void commit();
 
 private:
+    WriteLock m_lock;
     PageCache *m_cache;
     bool m_outermost = false;
     bool m_committed = false;

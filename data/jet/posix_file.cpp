@@ -130,6 +130,14 @@ public:
         fail(m_path, "locked", errno);
     }
 
+    [[nodiscard]] bool isAt(const std::string &path) const
+    {
+        struct stat opened = {};
+        struct stat named = {};
+        return ::fstat(m_descriptor, &opened) == 0 && ::stat(path.c_str(), &named) == 0 &&
+               opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+    }
+
 private:
     std::string m_path;
     int m_descriptor;
@@ -190,6 +198,20 @@ public:
         // Some network file systems cannot sync a folder and say so; the files in it are still safe.
         if (result != 0 && error != EINVAL && error != ENOTSUP)
             fail(folder, "made safe on the disk", error);
+    }
+
+    [[nodiscard]] std::string resolved(const std::string &path) const override
+    {
+        std::error_code error;
+        const std::filesystem::path found =
+            std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+        return error ? path : found.string();
+    }
+
+    [[nodiscard]] bool isAt(const std::string &path, const File &file) const override
+    {
+        const auto *opened = dynamic_cast<const PosixFile *>(&file);
+        return opened != nullptr && opened->isAt(path);
     }
 };
 

@@ -56,23 +56,23 @@ class ScanCursor : public Cursor::Impl
 {
 public:
     explicit ScanCursor(Table::Impl &table)
-        : m_table(table)
-        , m_cache(table.db.cache)
+        : Impl(table.db.cache)
+        , m_table(table)
     {}
 
     bool next(RowView &row) override
     {
+        // The pinned page shows what it did when it was read: no lock is needed before the next one.
+        if (m_seen == cache.changeCount()) {
+            if (const auto slot = visibleSlot(); slot && !slot->moved)
+                return give(row, *slot);
+        }
+        const ReadLock lock(cache);
         for (;;) {
-            if (m_pin && m_seen != m_cache.changeCount())
+            if (m_pin && m_seen != cache.changeCount())
                 open(m_page);
-            while (m_slot < m_slots) {
-                const RowId id{m_page, static_cast<std::uint8_t>(m_slot++)};
-                const Slot slot = slotAt(m_pin.view(), m_table.format(), id.slot);
-                if (slot.hidden)
-                    continue;
-                m_table.show(row, id, m_pin, slot);
-                return true;
-            }
+            if (const auto slot = visibleSlot())
+                return give(row, *slot);
             const UsageMap owned(m_table.db.store, m_table.definition.ownedMap);
             const auto page = owned.next(m_started ? PageNo{number(m_page) + 1} : PageNo{0});
             if (!page) {
@@ -93,15 +93,31 @@ private:
     /// Pins the page as it is now; a page that is no longer the table's has no rows.
     void open(PageNo page)
     {
-        m_pin = m_cache.pin(page);
-        m_seen = m_cache.changeCount();
+        m_pin = cache.pin(page);
+        m_seen = cache.changeCount();
         m_slots = isDataPageOf(m_pin.view(), m_table.owner()) ? slotCount(m_pin.view(), m_table.format()) : 0;
         if (m_slots > kMaxSlots + 1)
             throw damaged(page, "more rows than a page can name");
     }
 
+    /// Goes on to the next slot that holds a row of the table, if there is one on the page.
+    [[nodiscard]] std::optional<Slot> visibleSlot()
+    {
+        for (; m_slot < m_slots; ++m_slot) {
+            const Slot slot = slotAt(m_pin.view(), m_table.format(), static_cast<std::uint8_t>(m_slot));
+            if (!slot.hidden)
+                return slot;
+        }
+        return {};
+    }
+
+    bool give(RowView &row, const Slot &slot)
+    {
+        m_table.show(row, {m_page, static_cast<std::uint8_t>(m_slot++)}, m_pin, slot);
+        return true;
+    }
+
     Table::Impl &m_table;
-    PageCache &m_cache;
     PagePin m_pin;
     PageNo m_page{};
     bool m_started = false;
@@ -109,6 +125,19 @@ private:
     std::size_t m_slots = 0;
     std::uint64_t m_seen = 0;
 };
+
+/// A stored definition without what changes with the rows.
+[[nodiscard]] Bytes withoutCounters(const JoinedDefinition &joined, const Format &format)
+{
+    const std::size_t counts =
+        std::size_t{joined.view().u32(format.storedIndexCount)} * format.indexCountRecord;
+    Bytes bytes = joined.bytes;
+    const PageEditor editor(joined.pages.front(), bytes);
+    editor.putU32(format.rowCount, 0);
+    editor.putU32(format.lastAutonumber, 0);
+    std::ranges::fill(editor.slice(format.definitionFixed, counts), std::byte{0});
+    return bytes;
+}
 
 } // namespace
 
@@ -124,7 +153,9 @@ Table::Impl::Impl(Table &table, Database &theDatabase, Database::Impl &file, Tab
 
 void Table::Impl::reload()
 {
-    TableDefinition fresh = parseDefinition(joinDefinition(db.cache, definition.page), format(), db.codec);
+    const JoinedDefinition joined = joinDefinition(db.cache, definition.page);
+    TableDefinition fresh = parseDefinition(joined, format(), db.codec);
+    storedShape = withoutCounters(joined, format());
     fresh.name = definition.name;
     definition = std::move(fresh);
     layout = TableLayout(definition, db.cache, db.codec);
@@ -194,11 +225,15 @@ Database &Table::database() const
 
 Cursor Table::scan()
 {
+    const ReadLock lock(m_impl->db.cache);
+    m_impl->reloadIfStale();
     return Cursor(std::make_unique<ScanCursor>(*m_impl));
 }
 
 std::optional<RowView> Table::fetch(RowId id)
 {
+    const ReadLock lock(m_impl->db.cache);
+    m_impl->reloadIfStale();
     if (number(id.page) >= m_impl->db.cache.pageCount())
         return std::nullopt;
     const PagePin pin = m_impl->db.cache.pin(id.page);
@@ -214,24 +249,28 @@ std::optional<RowView> Table::fetch(RowId id)
 
 RowId Table::insert(std::span<const Value> values)
 {
+    const WriteLock lock(m_impl->db.cache);
     m_impl->requireWritable();
     return RowWriter(*m_impl).insert(values);
 }
 
 void Table::update(RowId id, std::span<const std::pair<std::size_t, Value>> changes)
 {
+    const WriteLock lock(m_impl->db.cache);
     m_impl->requireWritable();
     RowWriter(*m_impl).update(id, changes);
 }
 
 void Table::erase(RowId id)
 {
+    const WriteLock lock(m_impl->db.cache);
     m_impl->requireWritable();
     RowWriter(*m_impl).erase(id);
 }
 
 std::string Table::readOnlyReason()
 {
+    const ReadLock lock(m_impl->db.cache);
     m_impl->reloadIfStale();
     m_impl->examine();
     return m_impl->refusal;
@@ -239,6 +278,7 @@ std::string Table::readOnlyReason()
 
 std::uint32_t Table::approximateRows() const
 {
+    const ReadLock lock(m_impl->db.cache);
     return m_impl->db.cache.pin(m_impl->definition.page).view().u32(m_impl->format().rowCount);
 }
 

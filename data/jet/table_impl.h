@@ -35,6 +35,8 @@ struct Table::Impl
     std::string refusal;          ///< why rows cannot be changed, or ""
     std::vector<FieldRule> rules; ///< by position in definition.columns
     std::uint64_t discards = 0;   ///< state of the cache in which the definition was read
+    /// The stored definition without its counters, once it was read a second time.
+    std::vector<std::byte> storedShape;
 
     static Impl &of(Table &table) { return *table.m_impl; }
 
@@ -58,9 +60,14 @@ struct Table::Impl
 
 struct Cursor::Impl
 {
+    explicit Impl(PageCache &theCache)
+        : cache(theCache)
+    {}
     virtual ~Impl() = default;
     /// Shows the next row; false at the end.
     virtual bool next(RowView &row) = 0;
+
+    PageCache &cache;
 };
 
 } // namespace jet

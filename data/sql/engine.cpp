@@ -41,6 +41,7 @@ struct Engine::Impl
     {
         if (auto seen = statements.find(lexed.shape))
             return seen;
+        const jet::ReadScope reading(database);
         Rewritten rewritten = rewrite(parse(lexed), [&](std::string_view name) { return definition(name); });
         for (const jet::TableDefinition *table : rewritten.tables)
             makeKnown(*table);
@@ -62,8 +63,8 @@ struct Engine::Impl
 
     std::unique_ptr<RunningQuery> start(const Lexed &lexed, std::shared_ptr<CompiledStatement> statement)
     {
-        return std::make_unique<RunningQuery>(connection.get(), errors, std::move(statement), statements,
-                                              lexed.literals);
+        return std::make_unique<RunningQuery>(database, connection.get(), errors, std::move(statement),
+                                              statements, lexed.literals);
     }
 
     jet::Database &database;
@@ -101,15 +102,14 @@ std::int64_t Engine::execute(std::string_view text)
     const auto statement = m_impl->compiled(lexed);
     if (!statement->rewritten.deletes)
         return 0;
+    // Opened before the rows are looked for, so that no other workstation changes them in between.
+    jet::ChangeScope scope(m_impl->database);
     // All places first: a walk through a table whose rows vanish under it could miss some.
     std::vector<jet::RowId> places;
     const auto query = m_impl->start(lexed, statement);
     while (query->next())
         places.push_back(jet::RowId::fromPointer(static_cast<std::uint32_t>(query->integer(0))));
-    if (places.empty())
-        return 0;
     jet::Table &table = m_impl->database.table(statement->rewritten.tables.front()->name);
-    jet::ChangeScope scope(m_impl->database);
     for (const jet::RowId place : places)
         table.erase(place);
     scope.commit();

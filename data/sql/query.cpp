@@ -91,10 +91,11 @@ int bindParameter(sqlite3_stmt *statement, int at, const Parameter &parameter, c
 
 } // namespace
 
-RunningQuery::RunningQuery(sqlite3 *connection, PendingError &errors,
+RunningQuery::RunningQuery(jet::Database &database, sqlite3 *connection, PendingError &errors,
                            std::shared_ptr<CompiledStatement> statement, StatementCache &cache,
                            const std::vector<Token> &literals)
-    : m_connection(connection)
+    : m_database(&database)
+    , m_connection(connection)
     , m_errors(&errors)
     , m_compiled(std::move(statement))
     , m_statement(cache.take(*m_compiled))
@@ -125,6 +126,9 @@ bool RunningQuery::next()
 {
     if (m_done)
         return false;
+    // Held for the step, not until the end: a form may stop at a row and wait for its user. The cursors find
+    // their places again when another workstation changed the file in between.
+    const jet::ReadScope reading(*m_database);
     const int result = sqlite3_step(m_statement.get());
     if ((result == SQLITE_ROW || result == SQLITE_DONE) && !m_errors->isPending()) {
         m_done = result == SQLITE_DONE;

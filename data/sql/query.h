@@ -14,10 +14,11 @@ namespace sql {
 class RunningQuery : public Query
 {
 public:
-    /// Throws RunTimeError(TypeMismatch) when the text of a date is none. The connection, `errors` and
-    /// `cache` must outlive the query.
-    RunningQuery(sqlite3 *connection, PendingError &errors, std::shared_ptr<CompiledStatement> statement,
-                 StatementCache &cache, const std::vector<Token> &literals);
+    /// Throws RunTimeError(TypeMismatch) when the text of a date is none. The database, the connection,
+    /// `errors` and `cache` must outlive the query.
+    RunningQuery(jet::Database &database, sqlite3 *connection, PendingError &errors,
+                 std::shared_ptr<CompiledStatement> statement, StatementCache &cache,
+                 const std::vector<Token> &literals);
     ~RunningQuery() override;
     RunningQuery(const RunningQuery &) = delete;
     RunningQuery &operator=(const RunningQuery &) = delete;
@@ -38,6 +39,7 @@ private:
     void bind(const std::vector<Token> &literals);
     [[nodiscard]] jet::ColumnType type(std::size_t column) const;
 
+    jet::Database *m_database;
     sqlite3 *m_connection;
     PendingError *m_errors;
     std::shared_ptr<CompiledStatement> m_compiled;

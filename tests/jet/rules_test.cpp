@@ -81,6 +81,7 @@ private slots:
 
     void init()
     {
+        m_database.reset(); // before the folder that it leaves
         m_folder = std::make_unique<MemoryFolder>();
         m_database = Database::create(kPath, {.version = support::version()}, *m_folder);
         m_table = &m_database->createTable(partsTable());
