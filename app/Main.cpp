@@ -103,6 +103,8 @@ void Main::showChild(QWidget *form)
 {
     m_child = m_area->addSubWindow(form);
     m_child->setAttribute(Qt::WA_DeleteOnClose);
+    // Its own menu would claim the key of the Window menu's entry for itself.
+    m_child->setSystemMenu(nullptr);
     connect(m_child, &QObject::destroyed, this, &Main::childClosed);
     m_child->showMaximized();
 }

@@ -30,7 +30,8 @@ class Stage : public QObject
 public:
     explicit Stage(const QString &pictureFolder);
 
-    /// Plays the steps one after the other, then leaves the event loop.
+    /// Plays the steps one after the other. The last one ends the program; a step that cannot be played ends
+    /// it too.
     void play(std::vector<Step> steps);
     /// What went wrong; nothing when every step was played.
     [[nodiscard]] const std::optional<QString> &failure() const { return m_failure; }

@@ -1,10 +1,15 @@
 #include "common/ui/style.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QLabel>
+#include <QPainter>
 #include <QPalette>
 #include <QStyleFactory>
 #include <QVariant>
+
+#include <cmath>
+#include <numbers>
 
 namespace ui {
 
@@ -54,12 +59,35 @@ QTableView:focus { border: 2px solid #1f5f7a; }
 QToolTip { padding: 3px; }
 )";
 
+/// A nut in the accent colour.
+QIcon applicationIcon()
+{
+    constexpr int kSize = 64;
+    constexpr int kCorners = 6;
+    QPixmap picture(kSize, kSize);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(QColor(kAccent));
+    painter.setPen(Qt::NoPen);
+    QPolygonF nut;
+    for (int corner = 0; corner < kCorners; ++corner) {
+        const double angle = 2 * std::numbers::pi * corner / kCorners;
+        nut << QPointF(kSize / 2.0 * (1 + std::cos(angle)), kSize / 2.0 * (1 + std::sin(angle)));
+    }
+    painter.drawPolygon(nut);
+    painter.setBrush(QColor(kOnAccent));
+    painter.drawEllipse(QPointF(kSize / 2.0, kSize / 2.0), kSize / 4.5, kSize / 4.5);
+    return picture;
+}
+
 } // namespace
 
 void applyStyle(QApplication &application)
 {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(lightPalette());
+    QApplication::setWindowIcon(applicationIcon());
     application.setStyleSheet(QString::fromUtf8(kStyleSheet));
 }
 

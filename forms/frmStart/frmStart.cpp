@@ -79,6 +79,7 @@ void frmStart::layOut()
     m_fgList->setToolTip(tr("Enter opens the company's latest year"));
     auto *yearLabel = new QLabel(tr("&Year"), this);
     yearLabel->setBuddy(m_cmbYear);
+    yearLabel->setContentsMargins(0, 0, 4, 0);
     m_cmbYear->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_cmbYear->setMinimumContentsLength(24);
 

@@ -1,0 +1,229 @@
+// The main window, the last net for errors, and the way from the login to the order form.
+#include "app/Main.h"
+#include "app/application.h"
+#include "app/program.h"
+#include "app/program_folder.h"
+#include "data/data_sources.h"
+#include "tests/forms/workstation.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// A child whose end and whose refusal to end can be seen.
+class Child : public QWidget
+{
+public:
+    explicit Child(int &closed)
+        : m_closed(closed)
+    {}
+    bool busy = false;
+
+protected:
+    void closeEvent(QCloseEvent *event) override
+    {
+        event->setAccepted(!busy);
+        m_closed += busy ? 0 : 1;
+    }
+
+private:
+    int &m_closed;
+};
+
+/// An object whose event fails in a place that no form guards.
+class Failing : public QObject
+{
+public:
+    bool event(QEvent *) override { throw AppError(ErrorNumber::DiskFull, "The disk is full."); }
+};
+
+QWidget *visible(const char *name)
+{
+    for (QWidget *widget : QApplication::allWidgets()) {
+        if (widget->objectName() == QLatin1String(name) && widget->isVisible())
+            return widget;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class MainTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit MainTest(ScriptedDialogs &lastNet)
+        : m_lastNet(lastNet)
+    {}
+
+private slots:
+    void init() { m_station = std::make_unique<Workstation>(); }
+    void cleanup() { m_station.reset(); }
+
+    void innerSizeIsKeptInTheSession();
+    void closingTheChildAloneLeavesAWayOut();
+    void closingTheWindowClosesTheChildFirst();
+    void unhandledErrorIsShownAndTheProgramStays();
+    void programFolderFollowsNoLinks();
+    void programLeadsFromLoginToOrder();
+    void yearThatCannotBeOpenedShowsTheErrorAtEveryAction();
+
+private:
+    void makeDealer();
+    void logInAndOpen() const;
+
+    ScriptedDialogs &m_lastNet; ///< of the application object
+    std::unique_ptr<Workstation> m_station;
+};
+
+void MainTest::innerSizeIsKeptInTheSession()
+{
+    Main window(m_station->context);
+    window.show();
+    window.resize(1100, 700);
+    const auto *area = window.findChild<QMdiArea *>();
+    QTRY_COMPARE(m_station->session.MdiWidth, 1100);
+    QCOMPARE(m_station->session.MdiHeight, area->height());
+    QVERIFY(area->height() < 700 && area->height() > 600); // Menu and status bar are outside.
+}
+
+void MainTest::closingTheChildAloneLeavesAWayOut()
+{
+    int closed = 0;
+    Main window(m_station->context);
+    window.show();
+    window.showChild(new Child(closed));
+    auto *text = window.findChild<QLabel *>(u"lblClosed"_s);
+    QVERIFY(!text->isVisible());
+    window.activateWindow();
+    QTRY_VERIFY(window.isActiveWindow());
+    QTest::keyClick(&window, Qt::Key_W, Qt::ControlModifier);
+    QTRY_VERIFY(text->isVisible());
+    QCOMPARE(closed, 1);
+    QVERIFY(!m_station->shell.ended());
+    QTest::mouseClick(window.findChild<QPushButton *>(u"cmdEnd"_s), Qt::LeftButton);
+    QVERIFY(m_station->shell.ended());
+}
+
+void MainTest::closingTheWindowClosesTheChildFirst()
+{
+    int closed = 0;
+    Main window(m_station->context);
+    window.show();
+    auto *child = new Child(closed);
+    window.showChild(child);
+    child->busy = true;
+    QVERIFY(!window.close());
+    QVERIFY(!m_station->shell.ended());
+    child->busy = false;
+    QVERIFY(window.close());
+    QCOMPARE(closed, 1);
+    QVERIFY(m_station->shell.ended());
+}
+
+void MainTest::unhandledErrorIsShownAndTheProgramStays()
+{
+    Failing failing;
+    QEvent event(QEvent::User);
+    QCoreApplication::sendEvent(&failing, &event);
+    QCOMPARE(m_lastNet.errors, QList<int>{61});
+    QCOMPARE(m_lastNet.takeShown(), QStringList{u"The disk is full."_s});
+}
+
+void MainTest::programFolderFollowsNoLinks()
+{
+    const QTemporaryDir folder;
+    const QString program = QCoreApplication::applicationFilePath();
+    QVERIFY(QFile::link(program, folder.filePath(u"velk-spares"_s)));
+    QCOMPARE(programFolder(folder.filePath(u"velk-spares"_s).toStdString()), folder.path().toStdString());
+    QCOMPARE(programFolder("./x/velk-spares"), (QDir::currentPath() + u"/x"_s).toStdString());
+    const QString shell = QStandardPaths::findExecutable(u"sh"_s);
+    QCOMPARE(programFolder("sh"), QFileInfo(shell).absolutePath().toStdString());
+}
+
+void MainTest::makeDealer()
+{
+    m_station->serPath(2);
+    (void)m_station->layouts();
+    m_station->main()
+        .row("Pass", {{"Uid", 2}, {"UName", "ravi"}, {"PWD", "stock"}, {"SaveUser", 1}, {"Year1", 1}})
+        .row("Years", {{"ComCode", "01"},
+                       {"Code", 1},
+                       {"YStart", Value(Date::fromYmd(2025, 4, 1))},
+                       {"YEnd", Value(Date::fromYmd(2026, 3, 31))},
+                       {"ComName", "VELK MOTORS"},
+                       {"Town", "KOCHI"},
+                       {"DBMst", "Y26"}});
+}
+
+/// From the login to the order form by keys alone.
+void MainTest::logInAndOpen() const
+{
+    QWidget *login = visible("frmPass");
+    QVERIFY(login);
+    QTest::keyClicks(login->findChild<QLineEdit *>(u"txtPass"_s), u"stock"_s);
+    QTest::keyClick(login->findChild<QLineEdit *>(u"txtPass"_s), Qt::Key_Return);
+    QWidget *start = visible("frmStart");
+    QVERIFY(start && !login->isVisible());
+    QVERIFY(start->isModal());
+    QTest::keyClick(start->findChild<QWidget *>(u"fgList"_s), Qt::Key_Return);
+    QVERIFY(!start->isVisible());
+    QVERIFY(visible("Main") && visible("frmOrd"));
+}
+
+void MainTest::programLeadsFromLoginToOrder()
+{
+    makeDealer();
+    (void)m_station->year("Y26");
+    Program program(m_station->dialogs, m_station->clock, m_station->shell, m_station->programFolder());
+    program.start();
+    logInAndOpen();
+    QWidget *main = visible("Main");
+    QCOMPARE(main->findChild<QLabel *>(u"lblCompany"_s)->text(), u"VELK MOTORS, KOCHI"_s);
+    QCOMPARE(main->findChild<QLabel *>(u"lblYear"_s)->text(), u"Year 01/Apr/2025 - 31/Mar/2026"_s);
+    QCOMPARE(main->findChild<QLabel *>(u"lblUser"_s)->text(), u"User ravi"_s);
+    QWidget *order = visible("frmOrd");
+    QCOMPARE(order->findChild<QLineEdit *>(u"txtOrdNo"_s)->text(), u"1"_s);
+    QVERIFY(data::dataSourceFile("VELK_OTH_Y26"));
+    QVERIFY(m_station->dialogs.shown.isEmpty());
+
+    main->close();
+    QVERIFY(m_station->shell.ended());
+    QVERIFY(!data::dataSourceFile("VELK_OTH_Y26") && !data::dataSourceFile("VELK_OTH_MAIN"));
+}
+
+void MainTest::yearThatCannotBeOpenedShowsTheErrorAtEveryAction()
+{
+    makeDealer(); // Without the year's file.
+    Program program(m_station->dialogs, m_station->clock, m_station->shell, m_station->programFolder());
+    program.start();
+    logInAndOpen();
+    QCOMPARE(m_station->dialogs.takeShown(), QStringList{u"Database file doesn't exist!"_s});
+    QWidget *order = visible("frmOrd");
+    for (int action = 1; action <= 2; ++action) {
+        QTest::keyClick(order->findChild<QWidget *>(u"cmbType"_s), Qt::Key_F2);
+        QCOMPARE(m_station->dialogs.errors.size(), action);
+    }
+    QVERIFY(!m_station->shell.ended());
+}
+
+int main(int count, char **arguments)
+{
+    ScriptedDialogs lastNet;
+    FakeShell shell;
+    Application application(count, arguments, lastNet, shell);
+    MainTest test(lastNet);
+    return QTest::qExec(&test, count, arguments);
+}
+
+#include "Main_test.moc"
