@@ -320,33 +320,28 @@ void frmOrd::closeEvent(QCloseEvent *event)
 bool frmOrd::eventFilter(QObject *watched, QEvent *event)
 {
     bool taken = false;
-    if (!m_context.shell.ended())
+    if (!m_context.shell.ended()) {
         ui::guarded(this, [&] {
             taken = event->type() == QEvent::KeyPress; // A key whose handler fails is used up all the same.
             taken = filtered(watched, event);
         });
+    }
     return taken || QWidget::eventFilter(watched, event);
 }
 
 bool frmOrd::filtered(QObject *watched, QEvent *event)
 {
-    switch (event->type()) {
-    case QEvent::KeyPress:
+    if (event->type() == QEvent::KeyPress)
         return formKey(watched, *static_cast<QKeyEvent *>(event));
-    case QEvent::FocusIn:
-        if (watched == m_ui->fgList) {
-            // Later: within this event the focus cannot be passed on.
-            const auto reason = static_cast<QFocusEvent *>(event)->reason();
-            QTimer::singleShot(0, this, [this, reason] { fgList_GotFocus(reason); });
+    if (event->type() == QEvent::FocusIn && watched == m_ui->fgList) {
+        // From the keyboard the user comes to edit; the pointer says itself what it wants.
+        const auto reason = static_cast<QFocusEvent *>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
+            reason == Qt::ShortcutFocusReason) {
+            m_gridFocus.start();
         }
-        return false;
-    case QEvent::Resize:
-        if (watched == m_ui->fgList->viewport())
-            QTimer::singleShot(0, this, [this] { Move_Grid(m_ui->txtItem); });
-        return false;
-    default:
-        return false;
     }
+    return false;
 }
 
 /// Keys that mean the same in many controls. True when the control shall not see the key.
@@ -362,9 +357,10 @@ bool frmOrd::formKey(QObject *watched, const QKeyEvent &key)
         return gridKey(key);
     if (!isEnter(key) || watched == m_ui->txtOrdNo)
         return false;
-    if (auto *button = qobject_cast<QPushButton *>(watched))
+    if (auto *button = qobject_cast<QPushButton *>(watched)) {
         button->click();
-    else
+    } else {
         focusNextChild();
+    }
     return true;
 }

@@ -15,6 +15,7 @@
 #include "orders/order.h"
 #include "orders/proposal.h"
 
+#include <QTimer>
 #include <QWidget>
 
 #include <cstdint>
@@ -77,7 +78,7 @@ private:
     void fgList_Click(int row, int column);
     void fgList_MouseDown(int row, int column);
     void fgList_Scroll();
-    void fgList_GotFocus(Qt::FocusReason reason);
+    void fgList_GotFocus();
     void Timer1_Timer();
     void txtItem_Change();
     void connectGrid();
@@ -123,5 +124,7 @@ private:
     std::int32_t m_chosenItem = 0;    ///< what the part search gave last
     QString m_cellText;               ///< what the cell held when the editor came to it
     bool m_totalStale = true;         ///< the lines changed since the net total was worked out
+    /// Runs fgList_GotFocus behind the focus event, within which the focus cannot be passed on.
+    QTimer m_gridFocus;
     bool m_busy = false;
 };

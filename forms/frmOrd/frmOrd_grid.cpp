@@ -65,6 +65,8 @@ void frmOrd::connectGrid()
         ui::on(bar, &QScrollBar::valueChanged, this, &frmOrd::fgList_Scroll);
     connect(m_ui->fgList->horizontalHeader(), &QHeaderView::sectionResized, this,
             [this] { Move_Grid(m_ui->txtItem); });
+    m_gridFocus.setSingleShot(true);
+    ui::on(&m_gridFocus, &QTimer::timeout, this, &frmOrd::fgList_GotFocus);
     ui::on(m_ui->txtItem, &QLineEdit::textChanged, this, &frmOrd::txtItem_Change);
     // The editor covers its cell, so a press of the right button there arrives at the editor.
     for (QWidget *place : {static_cast<QWidget *>(m_ui->fgList), static_cast<QWidget *>(m_ui->txtItem)}) {
@@ -327,11 +329,10 @@ void frmOrd::P_Delete()
     m_ui->fgList->setFocus();
 }
 
-/// The grid got the focus: from the keyboard the user comes to edit, so the editor takes it over.
-void frmOrd::fgList_GotFocus(Qt::FocusReason reason)
+/// The grid got the focus from the keyboard: the editor takes it over.
+void frmOrd::fgList_GotFocus()
 {
-    if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason)
-        fgList_EnterCell();
+    fgList_EnterCell();
 }
 
 /// Keys of the grid itself, when it has the focus and not its editor.
