@@ -4,7 +4,6 @@
 #include "samples/vocabulary.h"
 
 #include <algorithm>
-#include <set>
 
 namespace samples {
 

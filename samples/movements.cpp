@@ -1,7 +1,6 @@
 #include "samples/movements.h"
 
 #include <algorithm>
-#include <set>
 
 namespace samples {
 

@@ -6,8 +6,6 @@
 #include "samples/ledgers.h"
 #include "samples/movements.h"
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 namespace samples {
