@@ -266,7 +266,8 @@ Outcome compareWithFile(const JournalContent &journal, const File &file)
         const std::uint64_t at = std::uint64_t{number(change.page)} * found.size();
         const std::span<const std::byte> before = change.before.empty() ? std::span(zeros) : change.before;
         const std::uint64_t there = std::min<std::uint64_t>(change.ownBytes(), size > at ? size - at : 0);
-        file.read(at, std::span(found).first(static_cast<std::size_t>(there)));
+        if (there > 0)
+            file.read(at, std::span(found).first(static_cast<std::size_t>(there)));
         for (std::size_t sector = 0; sector < there; sector += kSector) {
             const std::size_t length =
                 std::min<std::size_t>(kSector, static_cast<std::size_t>(there) - sector);

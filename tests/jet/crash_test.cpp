@@ -1,0 +1,314 @@
+// A change of several pages on a disk that fails, and on one that stops for good, at each of its operations.
+
+#include "tests/jet/crash_disk.h"
+#include "tests/jet/jet_support.h"
+
+using namespace jet;
+
+namespace {
+
+using Files = std::map<std::string, FileBytes>;
+using Row = std::vector<Value>;
+
+const std::string kPath = "year.mdb";
+const std::string kJournal = kPath + ".journal";
+constexpr int kPowerCuts = 2;
+
+[[nodiscard]] Row line(int order, int number, const std::string &text)
+{
+    return {Value{std::int32_t{order}}, Value{std::int32_t{number}}, Value{text},
+            Value{std::string(static_cast<std::size_t>(number % 7 == 0 ? 3000 : 20), 'n')}};
+}
+
+[[nodiscard]] TableSpec linesTable(const std::string &name)
+{
+    return {.name = name,
+            .columns = {{.name = "OrdNo", .type = ColumnType::Long},
+                        {.name = "SlNo", .type = ColumnType::Long},
+                        {.name = "Part", .type = ColumnType::Text, .size = 60},
+                        {.name = "Note", .type = ColumnType::Memo}},
+            .indexes = {{.name = "PrimaryKey", .keys = {{"OrdNo"}, {"SlNo"}}, .primary = true},
+                        {.name = "Part", .keys = {{"Part"}}}}};
+}
+
+[[nodiscard]] Files orderDatabase(Version version)
+{
+    CrashDisk disk;
+    {
+        const auto database = Database::create(kPath, {.version = version}, disk);
+        ChangeScope scope(*database, Durability::Lazy);
+        for (const char *name : {"Lines", "Other"}) {
+            Table &table = database->createTable(linesTable(name));
+            for (int order = 1; order <= 4; ++order) {
+                for (int number = 1; number <= 20; ++number)
+                    table.insert(line(order, number, "part " + std::to_string(number * 37 % 101)));
+            }
+        }
+        scope.commit();
+    }
+    return disk.afterKill();
+}
+
+/// Order 3 saved again: its lines deleted, longer ones added. Pages are freed, taken and appended, index
+/// leaves split.
+void saveOrder(Database &database)
+{
+    Table &table = database.table("Lines");
+    ChangeScope scope(database);
+    std::vector<RowId> old;
+    for (Cursor rows = table.along(0, KeyRange::equal({Value{std::int32_t{3}}})); rows.next();)
+        old.push_back(rows.row().id());
+    for (const RowId place : old)
+        table.erase(place);
+    for (int number = 1; number <= 30; ++number)
+        table.insert(line(3, number, "changed " + std::to_string(number * 53 % 97)));
+    scope.commit();
+}
+
+[[nodiscard]] QByteArray rowsOf(Database &database, const char *name)
+{
+    QByteArray text;
+    Table &table = database.table(name);
+    for (Cursor rows = table.along(0); rows.next();) {
+        for (std::size_t i = 0; i < table.definition().columns.size(); ++i)
+            text += QByteArray::fromStdString(toText(rows.row().value(i))) + '|';
+        text += '\n';
+    }
+    return text;
+}
+
+enum class State { Old, New, Wrong };
+
+} // namespace
+
+class CrashTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase_data() { support::addVersions(); }
+
+    void init()
+    {
+        m_before = orderDatabase(support::version());
+        CrashDisk disk(m_before);
+        const auto database = Database::open(kPath, {}, disk);
+        m_other = rowsOf(*database, "Other");
+        m_oldLines = rowsOf(*database, "Lines");
+        saveOrder(*database);
+        m_newLines = rowsOf(*database, "Lines");
+        QVERIFY(m_oldLines != m_newLines);
+    }
+
+    /// The process ends at an operation, in the middle of a page or between two, or takes the machine with
+    /// it.
+    void stopsForGood()
+    {
+        int states[2] = {};
+        bool completed = false;
+        for (int operation = 0; !completed; ++operation) {
+            for (const bool torn : {false, true}) {
+                CrashDisk disk(m_before);
+                disk.fault = {DiskFault::Kind::ForGood, operation, torn};
+                attempt([&] { saveOrder(*Database::open(kPath, {}, disk)); });
+                completed = !disk.hasFailed();
+                ++states[static_cast<int>(stateOf(disk.afterKill(), operation))];
+                for (unsigned seed = 1; seed <= kPowerCuts; ++seed)
+                    ++states[static_cast<int>(stateOf(disk.afterPowerCut(seed * 7919), operation))];
+                if (QTest::currentTestFailed())
+                    return;
+            }
+        }
+        QVERIFY(states[0] > 20);
+        QVERIFY(states[1] > 20);
+    }
+
+    /// One operation fails, as on a full disk, and the process goes on: with the old rows after an error,
+    /// with the new ones without.
+    void failsOnce()
+    {
+        bool completed = false;
+        for (int operation = 0; !completed; ++operation) {
+            CrashDisk disk(m_before);
+            disk.fault = {DiskFault::Kind::Once, operation, operation % 2 == 1};
+            std::unique_ptr<Database> database;
+            attempt([&] { database = Database::open(kPath, {}, disk); });
+            if (!database)
+                continue;
+            const int error = support::errorOf([&] { saveOrder(*database); });
+            completed = !disk.hasFailed();
+            disk.fault = {};
+            QCOMPARE(error, error == 0 ? 0 : static_cast<int>(ErrorNumber::DiskFull));
+            QCOMPARE(rowsOf(*database, "Lines"), error == 0 ? m_newLines : m_oldLines);
+            QCOMPARE(stateOf(disk.afterKill(), operation), error == 0 ? State::New : State::Old);
+            saveOrder(*database);
+            QCOMPARE(rowsOf(*database, "Lines"), m_newLines);
+            QCOMPARE(support::problems(*database), QByteArray());
+        }
+    }
+
+    /// Whoever finishes the change of a dead workstation may die of it too.
+    void stopsWhileFinishing()
+    {
+        const Files halfDone = halfDoneFiles();
+        bool completed = false;
+        for (int operation = 0; !completed; ++operation) {
+            CrashDisk disk(halfDone);
+            disk.fault = {DiskFault::Kind::ForGood, operation, true};
+            attempt([&] { static_cast<void>(Database::open(kPath, {}, disk)->catalogue()); });
+            completed = !disk.hasFailed();
+            QCOMPARE(stateOf(disk.afterKill(), operation), State::New);
+            for (unsigned seed = 1; seed <= kPowerCuts; ++seed)
+                QCOMPARE(stateOf(disk.afterPowerCut(seed), operation), State::New);
+        }
+    }
+
+    /// Another program wrote to a page of the change: nobody can tell what is right.
+    void changedByAnotherProgram()
+    {
+        Files files = halfDoneFiles();
+        const std::size_t pageSize = support::version() == Version::Jet3 ? 2048 : 4096;
+        FileBytes &bytes = files.at(kPath);
+        for (std::size_t at = pageSize + 100; at < bytes.size(); at += pageSize)
+            bytes[at] ^= std::byte{0x55};
+        CrashDisk disk(files);
+        const QString said = support::sentenceOf([&] { static_cast<void>(Database::open(kPath, {}, disk)); });
+        QVERIFY2(said.contains(QLatin1String("another program")), qPrintable(said));
+        QVERIFY2(said.contains(QString::fromStdString(kJournal)), qPrintable(said));
+        QVERIFY(disk.afterKill().at(kPath) == files.at(kPath));
+        QVERIFY(disk.afterKill().at(kJournal) == files.at(kJournal));
+    }
+
+    /// The mark of a writer that is gone, and no journal: it was another program.
+    void writingMarkOfAnotherProgram_data()
+    {
+        QTest::addColumn<int>("mark");
+        QTest::newRow("stopped while writing") << 0;
+        QTest::newRow("met a damaged page") << 1;
+    }
+    void writingMarkOfAnotherProgram()
+    {
+        QFETCH(int, mark);
+        Files files = m_before;
+        const std::size_t marks = support::version() == Version::Jet3 ? 0x600 : 0xE00;
+        files.at(kPath)[marks + 2 * 9] = static_cast<std::byte>(mark);
+        files.at(kPath)[marks + 2 * 9 + 1] = std::byte{0};
+        CrashDisk disk(files);
+        const auto database = Database::open(kPath, {}, disk);
+        QCOMPARE(rowsOf(*database, "Lines"), m_oldLines);
+        QVERIFY(database->isReadOnly());
+        QCOMPARE(support::errorOf([&] { saveOrder(*database); }),
+                 static_cast<int>(ErrorNumber::TableReadOnly));
+        QVERIFY(disk.afterKill().at(kPath) == files.at(kPath));
+    }
+
+    /// A power cut can bring back the journal of a change that was done.
+    void oldJournalComesBack()
+    {
+        const FileBytes journal = filesAtLast([](const Files &files) {
+                                      const auto found = files.find(kJournal);
+                                      return found != files.end() && !found->second.empty() &&
+                                             found->second.front() == std::byte{'P'};
+                                  }).at(kJournal);
+        CrashDisk disk(m_before);
+        const auto database = Database::open(kPath, {}, disk);
+        saveOrder(*database);
+        for (const int later : {0, 1, 2}) {
+            if (later > 0)
+                database->table("Lines").insert(line(9, later, "later"));
+            Files files = disk.afterKill();
+            files[kJournal] = journal;
+            CrashDisk after(files);
+            const auto reopened = Database::open(kPath, {}, after);
+            QCOMPARE(rowsOf(*reopened, "Lines"), rowsOf(*database, "Lines"));
+            QCOMPARE(support::problems(*reopened), QByteArray());
+        }
+    }
+
+    /// A database that was being made is complete or cannot be taken for one.
+    void stopsWhileMaking()
+    {
+        bool completed = false;
+        for (int operation = 0; !completed; ++operation) {
+            CrashDisk disk;
+            disk.fault = {DiskFault::Kind::ForGood, operation, true};
+            attempt(
+                [&] { static_cast<void>(Database::create(kPath, {.version = support::version()}, disk)); });
+            completed = !disk.hasFailed();
+            CrashDisk after(disk.afterKill());
+            std::unique_ptr<Database> database;
+            const bool opened = attempt([&] { database = Database::open(kPath, {}, after); });
+            QVERIFY(opened || !completed);
+            if (opened)
+                QCOMPARE(support::problems(*database), QByteArray());
+        }
+    }
+
+private:
+    /// What a workstation finds that opens the files.
+    [[nodiscard]] State stateOf(const Files &files, int operation) const
+    {
+        CrashDisk disk(files);
+        const auto database = Database::open(kPath, {}, disk);
+        const QByteArray problems = support::problems(*database);
+        const QByteArray lines = rowsOf(*database, "Lines");
+        if (!problems.isEmpty() || rowsOf(*database, "Other") != m_other ||
+            (lines != m_oldLines && lines != m_newLines)) {
+            QTest::qFail(qPrintable(QStringLiteral("stopped at operation %1: %2")
+                                        .arg(operation)
+                                        .arg(QString::fromUtf8(problems))),
+                         __FILE__, __LINE__);
+            return State::Wrong;
+        }
+        return lines == m_oldLines ? State::Old : State::New;
+    }
+
+    /// The files of the last moment of saving at which they are as wished.
+    template <class Wished>
+    [[nodiscard]] Files filesAtLast(Wished wished) const
+    {
+        Files found;
+        bool completed = false;
+        for (int operation = 0; !completed; ++operation) {
+            CrashDisk disk(m_before);
+            disk.fault = {DiskFault::Kind::ForGood, operation};
+            attempt([&] { saveOrder(*Database::open(kPath, {}, disk)); });
+            completed = !disk.hasFailed();
+            if (Files files = disk.afterKill(); wished(files))
+                found = std::move(files);
+        }
+        return found;
+    }
+
+    /// The files of a process that was killed with some of its pages written.
+    [[nodiscard]] Files halfDoneFiles() const
+    {
+        const std::size_t marks = support::version() == Version::Jet3 ? 0x600 : 0xE00;
+        const Files files = filesAtLast([&](const Files &there) {
+            const FileBytes &bytes = there.at(kPath);
+            return bytes[marks + 2] == std::byte{0} && bytes[marks + 3] == std::byte{0} &&
+                   changedPages(there) < 10;
+        });
+        if (changedPages(files) < 5)
+            QTest::qFail("no moment in the middle was found", __FILE__, __LINE__);
+        return files;
+    }
+
+    [[nodiscard]] int changedPages(const Files &files) const
+    {
+        const FileBytes &before = m_before.at(kPath);
+        const FileBytes &after = files.at(kPath);
+        int pages = 0;
+        for (std::size_t at = 0; at + 2048 <= std::min(before.size(), after.size()); at += 2048)
+            pages += std::memcmp(before.data() + at, after.data() + at, 2048) != 0 ? 1 : 0;
+        return pages;
+    }
+
+    Files m_before;
+    QByteArray m_other;
+    QByteArray m_oldLines;
+    QByteArray m_newLines;
+};
+
+QTEST_APPLESS_MAIN(CrashTest)
+#include "crash_test.moc"
