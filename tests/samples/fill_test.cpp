@@ -169,8 +169,8 @@ void FillTest::fillAgreesWithTheMovements_data()
     april.companies = 2;
     april.years = 3;
     april.date = std::chrono::year{2026} / 4 / 10;
-    april.items = 400;
-    april.movements = 8'000;
+    april.items = 200;
+    april.movements = 3'000;
     april.seed = 2;
     QTest::newRow("new year") << april << 20 << true;
     Options march = april;
