@@ -100,9 +100,8 @@ std::string LockFile::nameOf(int user) const
 {
     std::array<std::byte, kName> name{};
     const std::uint64_t at = static_cast<std::uint64_t>(user - 1) * kEntry;
-    if (m_file->size() < at + name.size())
-        return {};
-    m_file->read(at, name);
+    const std::uint64_t size = m_file->size();
+    m_file->read(at, std::span(name).first(std::min<std::size_t>(kName, size > at ? size - at : 0)));
     std::string text(reinterpret_cast<const char *>(name.data()), name.size());
     text.erase(std::min(text.find('\0'), text.size()));
     // Other programs fill up with blanks.
