@@ -16,7 +16,7 @@
 namespace {
 
 constexpr QSize kUsualSize(1280, 800);
-constexpr QSize kLeastSize(960, 600);
+constexpr QSize kLeastSize(640, 480);
 
 QLabel *statusLabel(const char *name, const QString &text)
 {

@@ -17,6 +17,13 @@ namespace {
 
 constexpr QSize kUsualSize(1280, 800);
 
+/// "1920x1080" as a size; an empty one when the text is none.
+QSize sizeFrom(const QString &text)
+{
+    const QStringList sides = text.split(QLatin1Char('x'));
+    return sides.size() == 2 ? QSize(sides[0].toInt(), sides[1].toInt()) : QSize();
+}
+
 /// What is wrong with what the job left behind, read afresh after the program has ended; "" when all is well.
 std::string complaint(const Session &session, const tour::Record &record)
 {
@@ -75,13 +82,14 @@ int main(int argumentCount, char **arguments)
     ui::QtClock clock;
     Application application(argumentCount, arguments, dialogs, shell);
     const QStringList given = Application::arguments();
-    if (given.size() != 3) {
-        std::fprintf(stderr, "usage: velk-tour PROGRAM-FOLDER PICTURE-FOLDER\n");
+    const QSize windowSize = given.size() > 3 ? sizeFrom(given[3]) : kUsualSize;
+    if (given.size() < 3 || given.size() > 4 || windowSize.isEmpty()) {
+        std::fprintf(stderr, "usage: velk-tour PROGRAM-FOLDER PICTURE-FOLDER [WIDTHxHEIGHT]\n");
         return 2;
     }
     ui::applyStyle(application);
     tour::Stage stage(given[2]);
-    tour::Job job(stage, kUsualSize);
+    tour::Job job(stage, windowSize);
     Session session;
     {
         Program program(dialogs, clock, shell, QFileInfo(given[1]).absoluteFilePath().toStdString());

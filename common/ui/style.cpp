@@ -57,6 +57,8 @@ QHeaderView::section { background: #dde5e9; color: #1f2326; border: 0; border-ri
 QTableView { gridline-color: #dfe4e7; selection-background-color: #1f5f7a; selection-color: white; }
 QTableView:focus { border: 2px solid #1f5f7a; }
 QToolTip { padding: 3px; }
+QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }
+QLineEdit[echoMode="2"] { lineedit-password-character: 42; }
 )";
 
 /// A nut in the accent colour.

@@ -1,0 +1,131 @@
+// The boxes on the screen: their titles, their keys, and that none comes up after the end of the program.
+#include "common/ui/qt_dialogs.h"
+#include "common/ui/qt_shell.h"
+#include "tests/support/in_modal.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QTemporaryDir>
+
+using namespace Qt::Literals::StringLiterals;
+
+class BoxesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void questionIsAnsweredByKeys_data();
+    void questionIsAnsweredByKeys();
+    void titlesAndIcons();
+    void errorShowsNumberAndSentence();
+    void fileBoxOffersTheFirstFilter();
+    void noBoxComesUpAfterTheEnd();
+    void startedProgramRunsInItsFolder();
+
+private:
+    ui::QtShell m_shell;
+    ui::QtDialogs m_dialogs{m_shell};
+};
+
+void BoxesTest::questionIsAnsweredByKeys_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<bool>("answer");
+    QTest::newRow("Y") << int(Qt::Key_Y) << true;
+    QTest::newRow("N") << int(Qt::Key_N) << false;
+    QTest::newRow("Enter is Yes") << int(Qt::Key_Return) << true;
+    QTest::newRow("Escape is No") << int(Qt::Key_Escape) << false;
+}
+
+void BoxesTest::questionIsAnsweredByKeys()
+{
+    QFETCH(int, key);
+    bool answer = false;
+    inModal<QMessageBox>(
+        [&] {
+            answer =
+                m_dialogs.question("Do You Want Print ", Dialogs::Icon::Question, Dialogs::Title::Product);
+        },
+        [&](QMessageBox &box) {
+            QCOMPARE(box.objectName(), u"question"_s);
+            QCOMPARE(box.text(), u"Do You Want Print "_s); // The blank at the end belongs to the text.
+            QTest::keyClick(&box, static_cast<Qt::Key>(key));
+            QTRY_VERIFY(!box.isVisible()); // The button is seen going down first.
+        });
+    QTEST(answer, "answer");
+}
+
+void BoxesTest::titlesAndIcons()
+{
+    const auto shown = [this](Dialogs::Icon icon, Dialogs::Title title) {
+        QString seen;
+        inModal<QMessageBox>([&] { m_dialogs.notice("a <b> & c", icon, title); },
+                             [&](QMessageBox &box) {
+                                 seen = u"%1 %2 %3"_s.arg(box.windowTitle(), box.text()).arg(box.icon());
+                                 QTest::keyClick(&box, Qt::Key_Return);
+                             });
+        return seen;
+    };
+    QCOMPARE(shown(Dialogs::Icon::None, Dialogs::Title::Product),
+             u"Velk Soft a <b> & c %1"_s.arg(QMessageBox::NoIcon));
+    QCOMPARE(shown(Dialogs::Icon::Critical, Dialogs::Title::Application),
+             u"Velk Spares a <b> & c %1"_s.arg(QMessageBox::Critical));
+}
+
+void BoxesTest::errorShowsNumberAndSentence()
+{
+    inModal<QMessageBox>(
+        [&] { m_dialogs.runTimeError(AppError(ErrorNumber::Overflow, "Too large.")); },
+        [](QMessageBox &box) { QCOMPARE(box.text(), u"Run-time error '6':\n\nToo large."_s); });
+}
+
+void BoxesTest::fileBoxOffersTheFirstFilter()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(u"order.xls"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+    std::string path;
+    inModal<QFileDialog>(
+        [&] {
+            path = m_dialogs.openFile({"(*.xls)|*.xls", "All files (*)|*"});
+        },
+        [&](QFileDialog &box) {
+            QCOMPARE(box.selectedNameFilter(), u"(*.xls)"_s);
+            QCOMPARE(box.nameFilters().size(), 2);
+            box.selectFile(file.fileName());
+            QMetaObject::invokeMethod(&box, "accept");
+        });
+    QCOMPARE(path, file.fileName().toStdString());
+    inModal<QFileDialog>([&] { path = m_dialogs.openFile({"(*.xls)|*.xls"}); },
+                         [](QFileDialog &box) { QTest::keyClick(&box, Qt::Key_Escape); });
+    QCOMPARE(path, std::string());
+}
+
+void BoxesTest::noBoxComesUpAfterTheEnd()
+{
+    ui::QtShell shell;
+    ui::QtDialogs dialogs(shell);
+    QWidget window;
+    window.show();
+    shell.endProgram();
+    QVERIFY(!window.isVisible());
+    dialogs.notice("never", Dialogs::Icon::None, Dialogs::Title::Product);
+    QVERIFY(!dialogs.question("never", Dialogs::Icon::Question, Dialogs::Title::Product));
+    QCOMPARE(dialogs.openFile({"(*.xls)|*.xls"}), std::string());
+}
+
+void BoxesTest::startedProgramRunsInItsFolder()
+{
+    const QTemporaryDir folder;
+    m_shell.start("/bin/sh", {"-c", "echo \"$1\" > out.tmp; mv out.tmp out", "sh", "LPT1"},
+                  folder.path().toStdString());
+    QFile out(folder.filePath(u"out"_s));
+    QTRY_VERIFY(out.exists());
+    QVERIFY(out.open(QIODevice::ReadOnly));
+    QCOMPARE(out.readAll(), QByteArray("LPT1\n"));
+    m_shell.start("/nowhere/PPrint.Bat", {}, folder.path().toStdString()); // Not reported.
+}
+
+QTEST_MAIN(BoxesTest)
+#include "boxes_test.moc"
