@@ -2,11 +2,11 @@
 
 #include "common/format.h"
 #include "data/jet/catalogue.h"
+#include "data/jet/field_default.h"
 #include "data/jet/row_keys.h"
 #include "data/jet/table_builder.h"
 #include "data/jet/table_impl.h"
 
-#include <chrono>
 #include <limits>
 
 namespace jet {
@@ -17,11 +17,7 @@ namespace {
 {
     if (database.objectDate)
         return *database.objectDate;
-    using namespace std::chrono;
-    const auto now = floor<seconds>(system_clock::now());
-    const auto today = floor<days>(now);
-    return Date::fromSerial(Date::fromYmd(year_month_day(today)).serial() +
-                            static_cast<double>((now - today).count()) / 86400.0);
+    return localNow();
 }
 
 [[nodiscard]] StoredIndex storedIndex(const IndexSpec &spec, const TableDefinition &definition,

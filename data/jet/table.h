@@ -80,6 +80,10 @@ public:
     /// Deletes a row. Throws AppError(NoCurrentRow) when the row is gone.
     void erase(RowId id);
 
+    /// What a new row holds in a column that is not named, by the table's properties; null when they say
+    /// nothing. insert() does not apply it by itself, since a null there can be meant. Throws
+    /// AppError(TableReadOnly) for a default that is more than a plain value, Date() or Now().
+    [[nodiscard]] Value defaultValue(std::size_t column);
     /// Why the table cannot be written, or "" when it can.
     [[nodiscard]] std::string readOnlyReason();
 

@@ -16,6 +16,7 @@ struct FieldRule
 {
     bool required = false;
     bool emptyTextAllowed = true;
+    std::string defaultExpression;
 };
 
 struct Table::Impl

@@ -1,6 +1,7 @@
 // Whether a table may be changed: everything that this program does not know how to keep right is found here,
 // before anything is written.
 
+#include "data/jet/field_default.h"
 #include "data/jet/properties.h"
 #include "data/jet/row_keys.h"
 #include "data/jet/table_impl.h"
@@ -146,6 +147,8 @@ constexpr int kSampleEntries = 4;
             table.rules[*column].required = property.isYes();
         else if (property.name == "AllowZeroLength")
             table.rules[*column].emptyTextAllowed = property.isYes();
+        else if (property.name == "DefaultValue")
+            table.rules[*column].defaultExpression = table.db.codec.decode(property.value);
     }
     return {};
 }
@@ -173,6 +176,22 @@ constexpr int kSampleEntries = 4;
 }
 
 } // namespace
+
+Value Table::defaultValue(std::size_t column)
+{
+    m_impl->reloadIfStale();
+    m_impl->examine();
+    const std::string &expression = m_impl->rules.at(column).defaultExpression;
+    if (expression.empty() || m_impl->definition.columns[column].isAutonumber())
+        return Null{};
+    const auto value = evaluateDefault(expression);
+    if (!value)
+        throw AppError(ErrorNumber::TableReadOnly,
+                       "The default " + expression + " of the field " +
+                           m_impl->definition.columns[column].name +
+                           " can only be worked out by Access. Give the field a value.");
+    return *value;
+}
 
 void Table::Impl::examine()
 {

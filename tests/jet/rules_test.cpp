@@ -240,21 +240,50 @@ private slots:
         QFETCH(QString, value);
         QFETCH(QString, text);
         QFETCH(int, error);
-        Database::Impl &impl = Database::Impl::of(*m_database);
-        const Bytes blob = propertyBlob("Name", property.toStdString(), value.toStdString(),
-                                        property.endsWith(QLatin1String("Rule")) ? 12 : 1, impl.codec,
-                                        support::version() == Version::Jet3);
-        {
-            const CatalogueChange change(impl);
-            Table &objects = m_database->table("MSysObjects");
-            objects.update(impl.findObject("Parts")->row,
-                           Changes{{*objects.definition().findColumn("LvProp"), blob}});
-        }
+        putProperty(property.toStdString(), value.toStdString(),
+                    property.endsWith(QLatin1String("Rule")) ? 12 : 1);
         auto database = Database::open(kPath, {}, *m_folder);
         Row row = part("B-1");
         if (text != QLatin1String("null"))
             row[2] = text.toStdString();
         QCOMPARE(support::errorOf([&] { database->table("Parts").insert(row); }), error);
+    }
+
+    void defaults_data()
+    {
+        QTest::addColumn<QString>("expression");
+        QTest::addColumn<QString>("value"); ///< in our text form; "?" when only Access knows
+        QTest::newRow("number") << "5"
+                                << "5";
+        QTest::newRow("with equals sign") << "= -2.5"
+                                          << "-2.5";
+        QTest::newRow("text") << "\"a \"\"b\"\"\""
+                              << "a \"b\"";
+        QTest::newRow("yes") << "Yes"
+                             << "-1";
+        QTest::newRow("date") << "#4/5/2005#"
+                              << "05/Apr/2005";
+        QTest::newRow("function") << "GenGUID()"
+                                  << "?";
+        QTest::newRow("two texts") << "\"a\" & \"b\""
+                                   << "?";
+    }
+
+    void defaults()
+    {
+        QFETCH(QString, expression);
+        QFETCH(QString, value);
+        Database::Impl &impl = Database::Impl::of(*m_database);
+        const Bytes stored = impl.codec.encode(expression.toStdString());
+        const std::string raw(reinterpret_cast<const char *>(stored.data()), stored.size());
+        putProperty("DefaultValue", raw, 12);
+        const auto database = Database::open(kPath, {}, *m_folder);
+        Table &table = database->table("Parts");
+        if (value == QLatin1String("?"))
+            QVERIFY(support::errorOf([&] { static_cast<void>(table.defaultValue(2)); }) != 0);
+        else
+            QCOMPARE(QString::fromStdString(toText(table.defaultValue(2))), value);
+        QVERIFY(isNull(table.defaultValue(1)));
     }
 
     void newIndexes()
@@ -379,6 +408,18 @@ private slots:
     }
 
 private:
+    /// Gives the column Name of table Parts a property, as Access stores it.
+    void putProperty(const std::string &property, const std::string &value, std::uint8_t type)
+    {
+        Database::Impl &impl = Database::Impl::of(*m_database);
+        const CatalogueChange change(impl);
+        Table &objects = m_database->table("MSysObjects");
+        const Bytes blob =
+            propertyBlob("Name", property, value, type, impl.codec, support::version() == Version::Jet3);
+        objects.update(impl.findObject("Parts")->row,
+                       Changes{{*objects.definition().findColumn("LvProp"), blob}});
+    }
+
     void damage(const QString &what)
     {
         Table::Impl &impl = Table::Impl::of(*m_table);
