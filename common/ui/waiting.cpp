@@ -9,9 +9,12 @@ namespace {
 constexpr double kPauseSeconds = 0.05;
 constexpr qint64 kPaintEveryMs = 30;
 
+/// Seconds since midnight.
 Currency timer(const Clock &clock)
 {
-    return Currency::fromUnits(clock.now().secondOfDay());
+    constexpr double kSecondsPerDay = 86'400;
+    const Date now = clock.now();
+    return Currency::fromDouble((now.serial() - now.midnight().serial()) * kSecondsPerDay);
 }
 
 } // namespace

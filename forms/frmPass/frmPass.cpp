@@ -133,11 +133,11 @@ void frmPass::cmdOk_Click()
     Session &session = m_context.session;
     session.UserName = ui::typed(m_txtUser->text());
     if (m_txtUser->text().isEmpty()) {
-        refuse(" Please Enter User Name", m_txtUser);
+        refuse(tr(" Please Enter User Name"), m_txtUser);
         return;
     }
     if (m_txtPass->text().isEmpty()) {
-        refuse(" Please Enter Password", m_txtPass);
+        refuse(tr(" Please Enter Password"), m_txtPass);
         return;
     }
 
@@ -147,13 +147,13 @@ void frmPass::cmdOk_Click()
         return;
     const std::optional<User> &user = *found;
     if (!user) {
-        dialogs().notice("Wrong User Name");
+        dialogs().notice(ui::typed(tr("Wrong User Name")));
         Count_Id();
         m_txtUser->setFocus();
         return;
     }
     if (user->password != ui::typed(m_txtPass->text())) {
-        dialogs().notice("Wrong Pass Word");
+        dialogs().notice(ui::typed(tr("Wrong Pass Word")));
         Count_Id();
         m_txtPass->setFocus();
         Sel_Text(m_txtPass);
@@ -166,9 +166,9 @@ void frmPass::cmdOk_Click()
     m_navigator.showStart();
 }
 
-void frmPass::refuse(const char *message, ui::TextBox *box)
+void frmPass::refuse(const QString &message, ui::TextBox *box)
 {
-    dialogs().notice(message);
+    dialogs().notice(ui::typed(message));
     box->setFocus();
 }
 

@@ -29,7 +29,7 @@ private:
     void cmdOk_Click();
     void cmdCan_Click();
     void Count_Id();
-    void refuse(const char *message, ui::TextBox *box);
+    void refuse(const QString &message, ui::TextBox *box);
 
     forms::Context m_context;
     forms::Navigator &m_navigator;

@@ -112,8 +112,8 @@ void frmStart::Form_Load()
 
 void frmStart::Form_Activate()
 {
-    m_fgList->setFocus();
     Load_Company();
+    m_fgList->setFocus();
 }
 
 void frmStart::Load_Company()
@@ -250,7 +250,7 @@ void frmStart::cmdOk_Click()
 {
     const auto year = m_cmbYear->selectedData();
     if (!year) {
-        dialogs().notice("Select Year");
+        dialogs().notice(ui::typed(tr("Select Year")));
         return;
     }
     m_context.session.ComCode = currentCompany();
