@@ -79,7 +79,8 @@ void frmStart::layOut()
     m_fgList->setToolTip(tr("Enter opens the company's latest year"));
     auto *yearLabel = new QLabel(tr("&Year"), this);
     yearLabel->setBuddy(m_cmbYear);
-    yearLabel->setContentsMargins(0, 0, 4, 0);
+    // The underlined letter makes the text wider than the label reckons.
+    yearLabel->setMinimumWidth(yearLabel->sizeHint().width() + fontMetrics().averageCharWidth());
     m_cmbYear->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_cmbYear->setMinimumContentsLength(24);
 
