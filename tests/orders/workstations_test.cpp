@@ -193,7 +193,7 @@ void WorkstationsTest::noOrderIsLostOrTorn()
         stations[i].first = static_cast<int>(i + 1) * kNumbersPerWorkstation;
         if (i % 2 == 1)
             stations[i].killAt = 1 + static_cast<int>(random() % static_cast<unsigned>(orders * 3 / 4));
-        stations[i].killDelay = random() % 15000;
+        stations[i].killDelay = static_cast<unsigned>(random() % 15000);
     }
     run(stations, file, orders);
 
