@@ -60,9 +60,13 @@ void TextGrid::setRows(int rows)
     m_rows.resize(dataRows);
     for (std::size_t row = before; row < dataRows; ++row)
         m_rows[row].cells.resize(m_headings.size());
-    if (m_listener)
+    // Clipped before anybody hears of the change: a listener may read the current row at once.
+    const int currentRow = std::exchange(m_currentRow, std::clamp(m_currentRow, 0, this->rows() - 1));
+    if (m_listener) {
         m_listener->rowsChanged();
-    setCurrent(m_currentRow, m_currentColumn);
+        if (m_currentRow != currentRow)
+            m_listener->currentChanged(m_currentRow, m_currentColumn);
+    }
 }
 
 void TextGrid::setColumns(int columns)

@@ -143,9 +143,8 @@ std::optional<OrderHeader> loadHeader(const data::Connection &conYear, double nu
     header.number = number;
     const Value stored = attemptOr(Value(), [&] { return row.field("StkOrdDate"); });
     const Date *date = std::get_if<Date>(&stored);
-    header.hasDate = date != nullptr;
-    if (date)
-        header.date = date->midnight();
+    // A stored number that is no day leaves the form's date as it is; the other fields are read all the same.
+    header.hasDate = date != nullptr && attempt([&] { header.date = date->midnight(); });
     read(row, "SupName", header.supplierName, Null_Str);
     read(row, "Town", header.town, Null_Str);
     read(row, "SpType", header.type, code);

@@ -42,7 +42,7 @@ public:
     /// the period's order type gives no row.
     void analyseItem(const ProposalRequest &request, std::int32_t item);
     /// Writes the rows of `Dum`, ordered by part number, into the grid from `firstRow` on and grows it; sets
-    /// colours, row data and the current cell as the system does. Every analysis is followed by it, after a
+    /// row data, the colours of filled lines and the current cell. Every analysis is followed by it, after a
     /// pause.
     void fillGrid(TextGrid &grid, int firstRow);
     /// Closes the period databases; the end of every run.

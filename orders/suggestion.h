@@ -1,7 +1,7 @@
 // The arithmetic of a proposed order line: which items stay in the order, and how much of each to buy.
 //
-// Pure values. Quantities are currency; products with the cover factor pass through floating point, as the
-// figures that this reproduces did, and are rounded to currency when they are kept.
+// Pure values. Quantities are currency; products with the cover factor pass through floating point and are
+// rounded to currency when they are kept.
 #pragma once
 
 #include "common/currency.h"

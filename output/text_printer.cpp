@@ -89,7 +89,7 @@ void TextPrinter::Write_Cell(std::string_view text, char control, LineEnd lineEn
     if (control != kNone)
         m_file.write({&control, 1});
     m_file.write(printerBytes(text));
-    // Lines are not counted: the count was one of each call and never reached the end of a page.
+    // Lines are not counted: the printer's own page length does the paging.
     if (lineEnd == LineEnd::Yes)
         m_file.write("\r\n");
 }

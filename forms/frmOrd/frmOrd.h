@@ -82,7 +82,9 @@ private:
     void Timer1_Timer();
     void txtItem_Change();
     void connectGrid();
-    void showLineMenu(const QPoint &place);
+    void showGridMenu(const QPoint &place);
+    void showEditorMenu(const QPoint &place);
+    void showLineMenu(QMenu *menu, const QPoint &globalPlace);
     [[nodiscard]] bool gridKey(const QKeyEvent &key);
     [[nodiscard]] bool txtItem_KeyDown(const QKeyEvent &key);
     void moveLeft();

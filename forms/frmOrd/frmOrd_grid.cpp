@@ -69,10 +69,10 @@ void frmOrd::connectGrid()
     ui::on(&m_gridFocus, &QTimer::timeout, this, &frmOrd::fgList_GotFocus);
     ui::on(m_ui->txtItem, &QLineEdit::textChanged, this, &frmOrd::txtItem_Change);
     // The editor covers its cell, so a press of the right button there arrives at the editor.
-    for (QWidget *place : {static_cast<QWidget *>(m_ui->fgList), static_cast<QWidget *>(m_ui->txtItem)}) {
-        place->setContextMenuPolicy(Qt::CustomContextMenu);
-        ui::on(place, &QWidget::customContextMenuRequested, this, &frmOrd::showLineMenu);
-    }
+    m_ui->fgList->setContextMenuPolicy(Qt::CustomContextMenu);
+    ui::on(m_ui->fgList, &QWidget::customContextMenuRequested, this, &frmOrd::showGridMenu);
+    m_ui->txtItem->setContextMenuPolicy(Qt::CustomContextMenu);
+    ui::on(m_ui->txtItem, &QWidget::customContextMenuRequested, this, &frmOrd::showEditorMenu);
 
     const auto stale = [this] { m_totalStale = true; };
     const QAbstractItemModel *model = m_ui->fgList->model();
@@ -127,19 +127,29 @@ void frmOrd::fgList_MouseDown(int row, int column)
     m_lines.setCurrent(row, column);
 }
 
-/// What can be done with the current line; in the editor, with its text too.
-void frmOrd::showLineMenu(const QPoint &place)
+/// What can be done with the current line. By now the press may have given the editor the focus; the place
+/// still counts from the grid.
+void frmOrd::showGridMenu(const QPoint &place)
 {
-    const bool inEditor = m_ui->txtItem->hasFocus();
-    QMenu *menu = inEditor ? m_ui->txtItem->createStandardContextMenu() : new QMenu(this);
+    showLineMenu(new QMenu(this), m_ui->fgList->viewport()->mapToGlobal(place));
+}
+
+/// The same in the editor, behind what can be done with its text.
+void frmOrd::showEditorMenu(const QPoint &place)
+{
+    QMenu *menu = m_ui->txtItem->createStandardContextMenu();
+    menu->addSeparator();
+    showLineMenu(menu, m_ui->txtItem->mapToGlobal(place));
+}
+
+void frmOrd::showLineMenu(QMenu *menu, const QPoint &globalPlace)
+{
     menu->setObjectName(QStringLiteral("lineMenu"));
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    if (inEditor)
-        menu->addSeparator();
     QAction *remove = menu->addAction(tr("Remove line\tCtrl+Del"));
     remove->setObjectName(QStringLiteral("removeLine"));
     ui::on(remove, &QAction::triggered, this, &frmOrd::P_Delete);
-    menu->popup((inEditor ? m_ui->txtItem : m_ui->fgList->viewport())->mapToGlobal(place));
+    menu->popup(globalPlace);
 }
 
 /// The grid scrolled away from under the editor.

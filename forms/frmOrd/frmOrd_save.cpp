@@ -48,6 +48,7 @@ void frmOrd::CmdSave_Click()
         Print_Form();
 
     Clear_Fields();
+    // Two rows again, or the next Save would find the rows of this order and not miss any lines.
     emptyGrid();
     Design();
     m_ui->lblNetTotal->setText(QStringLiteral("0"));
