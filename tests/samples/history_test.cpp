@@ -329,7 +329,5 @@ void HistoryTest::suppliersAreOfEveryKind()
     }
 }
 
-Q_DECLARE_METATYPE(samples::Options)
-
 QTEST_APPLESS_MAIN(HistoryTest)
 #include "history_test.moc"
