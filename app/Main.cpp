@@ -26,6 +26,17 @@ QLabel *statusLabel(const char *name, const QString &text)
     return label;
 }
 
+void focusFirst(QWidget *form)
+{
+    for (QWidget *next = form->nextInFocusChain(); next != form; next = next->nextInFocusChain()) {
+        if (form->isAncestorOf(next) && next->isEnabled() && next->isVisible() &&
+            next->focusPolicy() & Qt::TabFocus) {
+            next->setFocus();
+            return;
+        }
+    }
+}
+
 } // namespace
 
 Main::Main(const forms::Context &context)
@@ -58,7 +69,6 @@ void Main::createMenu()
     QMenu *window = menuBar()->addMenu(tr("&Window"));
     m_closeChild = window->addAction(tr("&Close Order Form"));
     m_closeChild->setObjectName(QStringLiteral("mnuCloseForm"));
-    m_closeChild->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     ui::on(m_closeChild, &QAction::triggered, this, &Main::closeChild);
     QAction *end = window->addAction(tr("&End Program"));
     end->setObjectName(QStringLiteral("mnuEnd"));
@@ -107,6 +117,9 @@ void Main::showChild(QWidget *form)
     m_child->setSystemMenu(nullptr);
     connect(m_child, &QObject::destroyed, this, &Main::childClosed);
     m_child->showMaximized();
+    // A form whose start failed has given the focus to none of its controls, and its keys would be dead.
+    if (!form->isAncestorOf(form->focusWidget()))
+        focusFirst(form);
 }
 
 void Main::closeChild()

@@ -2,7 +2,9 @@
 
 #include "common/errors.h"
 #include "data/column_value.h"
+#include "data/jet/page_store.h"
 
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -46,7 +48,18 @@ private:
     std::vector<std::string> m_names;
 };
 
-/// Rows as the statement gives them, one at a time.
+[[nodiscard]] Row rowOf(const sql::Query &query)
+{
+    Row row;
+    row.reserve(query.columns().size());
+    for (std::size_t column = 0; column < query.columns().size(); ++column)
+        row.push_back(query.value(column));
+    return row;
+}
+
+/// Rows as the statement gives them. No lock is held between two of them, since a procedure may stop at one
+/// and wait for its user; from the second on some are read ahead at a time, since each lock costs as much as
+/// reading several rows.
 class StreamedRows final : public ReadOnlyRows
 {
 public:
@@ -57,11 +70,30 @@ public:
         , m_query(std::move(query))
     {}
 
-    bool next() override { return m_query->next(); }
+    bool next() override
+    {
+        if (m_place + 1 < m_ahead.size()) {
+            ++m_place;
+            return true;
+        }
+        m_place = 0;
+        m_ahead.clear();
+        if (m_failure)
+            std::rethrow_exception(std::exchange(m_failure, nullptr));
+        if (std::exchange(m_started, true))
+            readAhead();
+        else
+            return m_query->next();
+        return !m_ahead.empty();
+    }
     void restart() override
     {
         m_query.reset(); // first, so that its compiled statement can serve again
         m_query = m_file->sql.select(m_text);
+        m_ahead.clear();
+        m_place = 0;
+        m_failure = nullptr;
+        m_started = false;
     }
     std::int64_t count() override
     {
@@ -71,12 +103,35 @@ public:
             ++rows;
         return rows;
     }
-    Value value(std::size_t column) const override { return m_query->value(column); }
+    Value value(std::size_t column) const override
+    {
+        return m_ahead.empty() ? m_query->value(column) : m_ahead[m_place].at(column);
+    }
 
 private:
+    static constexpr std::size_t kMostAhead = 32;
+
+    void readAhead()
+    {
+        const jet::ReadScope reading(*m_file->database);
+        try {
+            while (m_ahead.size() < kMostAhead && m_query->next())
+                m_ahead.push_back(rowOf(*m_query));
+        } catch (const AppError &) {
+            // Reported when the rows in front of the failing one have been given.
+            if (m_ahead.empty())
+                throw;
+            m_failure = std::current_exception();
+        }
+    }
+
     std::shared_ptr<OpenedFile> m_file;
     std::string m_text;
     std::unique_ptr<sql::Query> m_query;
+    std::vector<Row> m_ahead; ///< empty: the current row is that of the query
+    std::size_t m_place = 0;  ///< of the current row among them
+    std::exception_ptr m_failure;
+    bool m_started = false;
 };
 
 /// A copy of all rows, made at opening.
@@ -86,12 +141,8 @@ public:
     explicit CopiedRows(sql::Query &query)
         : ReadOnlyRows(query)
     {
-        while (query.next()) {
-            Row &row = m_rows.emplace_back();
-            row.reserve(columns().size());
-            for (std::size_t column = 0; column < columns().size(); ++column)
-                row.push_back(query.value(column));
-        }
+        while (query.next())
+            m_rows.push_back(rowOf(query));
     }
 
     bool next() override
@@ -107,6 +158,27 @@ private:
     std::vector<Row> m_rows;
     std::size_t m_next = 0; ///< the current row is the one before
 };
+
+/// Changes when another workstation changed the file.
+[[nodiscard]] std::uint64_t stateOf(jet::Database &database)
+{
+    return database.store().cache().discardCount();
+}
+
+/// Positions of the columns of the primary key.
+[[nodiscard]] std::vector<std::size_t> keyColumns(const jet::TableDefinition &definition)
+{
+    std::vector<std::size_t> columns;
+    for (const jet::NamedIndex &index : definition.namedIndexes) {
+        if (index.kind != jet::NamedIndex::Kind::Primary)
+            continue;
+        for (const jet::IndexColumn &key : definition.storedIndexes.at(index.stored).columns) {
+            if (const auto position = definition.findNumber(key.column))
+                columns.push_back(*position);
+        }
+    }
+    return columns;
+}
 
 /// Places of one table's rows, taken at opening; the rows can be changed.
 class TableRows final : public Rowset
@@ -160,6 +232,7 @@ private:
     {
         jet::RowId place;
         Row values;
+        std::uint64_t state = 0; ///< of the file when the row was read
     };
 
     [[noreturn]] static void throwGone()
@@ -167,6 +240,7 @@ private:
         throw AppError(ErrorNumber::NoCurrentRow, "The row has been deleted.");
     }
     bool read(jet::RowId place);
+    void requireSameRow();
 
     std::shared_ptr<OpenedFile> m_file;
     jet::Table *m_table;
@@ -188,12 +262,30 @@ bool TableRows::read(jet::RowId place)
         return false;
     }
     // Copied out, because a change to any row of the page would move the bytes that the view shows.
-    Current current{place, {}};
+    Current current{place, {}, stateOf(*m_file->database)};
     current.values.reserve(m_names.size());
     for (std::size_t column = 0; column < m_names.size(); ++column)
         current.values.push_back(row->value(column));
     m_current = std::move(current);
     return true;
+}
+
+/// Another workstation may have deleted the row and given its place to a new one. The primary key tells; a
+/// table without one is small or never loses single rows.
+void TableRows::requireSameRow()
+{
+    if (!m_current)
+        throwGone();
+    if (m_current->state == stateOf(*m_file->database))
+        return;
+    const auto row = m_table->fetch(m_current->place);
+    bool same = row.has_value();
+    for (const std::size_t column : keyColumns(m_table->definition()))
+        same = same && row->value(column) == m_current->values.at(column);
+    if (same)
+        return;
+    m_current.reset();
+    throwGone();
 }
 
 void TableRows::insert(const Changes &changes)
@@ -223,10 +315,9 @@ void TableRows::insert(const Changes &changes)
 
 void TableRows::update(const Changes &changes)
 {
-    if (!m_current)
-        throwGone();
-    const jet::RowId place = m_current->place;
     jet::ChangeScope scope(*m_file->database, m_durability);
+    requireSameRow();
+    const jet::RowId place = m_current->place;
     m_table->update(place, changes);
     scope.commit();
     read(place);
@@ -234,9 +325,8 @@ void TableRows::update(const Changes &changes)
 
 void TableRows::erase()
 {
-    if (!m_current)
-        throwGone();
     jet::ChangeScope scope(*m_file->database, m_durability);
+    requireSameRow();
     m_table->erase(m_current->place);
     scope.commit();
     m_current.reset();

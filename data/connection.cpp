@@ -32,7 +32,8 @@ void Connection::open()
     const ConnectionTarget target = parseConnectionString(m_text);
     const std::string file = fileOf(target);
     if (!fileExists(file))
-        throw FileError(ErrorNumber::FileNotFound, "The database file " + file + " was not found.");
+        throw FileError(ErrorNumber::FileNotFound,
+                        "The database file " + localPath(file) + " was not found.");
     m_engine = openAccessFile(localPath(file), target.password, m_durable);
 }
 

@@ -1,6 +1,8 @@
 #include "common/ui/date_box.h"
 
 #include <QCalendarWidget>
+#include <QFocusEvent>
+#include <QLineEdit>
 #include <QWheelEvent>
 
 namespace ui {
@@ -28,6 +30,14 @@ Date DateBox::day() const
     const QDate shown = date();
     return Date::fromYmd(shown.year(), static_cast<unsigned>(shown.month()),
                          static_cast<unsigned>(shown.day()));
+}
+
+void DateBox::focusInEvent(QFocusEvent *event)
+{
+    QDateEdit::focusInEvent(event);
+    // Given the focus while its window was inactive, the toolkit selects no section and digits would be lost.
+    if (event->reason() == Qt::ActiveWindowFocusReason && !lineEdit()->hasSelectedText())
+        setSelectedSection(currentSection());
 }
 
 void DateBox::wheelEvent(QWheelEvent *event)

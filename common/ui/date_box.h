@@ -20,6 +20,7 @@ public:
 
 protected:
     /// The wheel changes the date only when the field has the focus.
+    void focusInEvent(QFocusEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
 };
 

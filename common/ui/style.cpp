@@ -58,7 +58,8 @@ QTableView { gridline-color: #dfe4e7; selection-background-color: #1f5f7a; selec
 QTableView:focus { border: 2px solid #1f5f7a; }
 QToolTip { padding: 3px; }
 QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }
-QLineEdit[echoMode="2"] { lineedit-password-character: 42; }
+QLineEdit { lineedit-password-character: 42; }
+QMessageBox QLabel#qt_msgbox_label { min-width: 18em; }
 )";
 
 /// A nut in the accent colour.

@@ -22,11 +22,20 @@ void TextBox::focusInEvent(QFocusEvent *event)
         deselect();
         return;
     }
-    // Coming back from a message box, a popup or another program is not a new focus: the cursor stays.
-    if (event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason)
+    // Coming back from a message box, a popup or another program is not a new focus: the cursor stays. A box
+    // that was given the focus while its window was inactive hears of it in the same way, and that one is
+    // new.
+    if (std::exchange(m_awayWithWindow, false))
         return;
     m_focusedByMouse = event->reason() == Qt::MouseFocusReason;
     Sel_Text(this);
+}
+
+void TextBox::focusOutEvent(QFocusEvent *event)
+{
+    m_awayWithWindow =
+        event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason;
+    QLineEdit::focusOutEvent(event);
 }
 
 void TextBox::mouseReleaseEvent(QMouseEvent *event)
@@ -80,5 +89,6 @@ void TextBox::typeFiltered(QKeyEvent *event)
 void Sel_Text(QLineEdit *box)
 {
     if (!box->text().isEmpty())
-        box->setSelection(0, static_cast<int>(box->text().size()));
+        // From the end, so that a text longer than its box shows its beginning.
+        box->setSelection(static_cast<int>(box->text().size()), -static_cast<int>(box->text().size()));
 }

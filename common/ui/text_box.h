@@ -30,6 +30,7 @@ signals:
 
 protected:
     void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
@@ -39,6 +40,7 @@ private:
     Keys m_keys;
     bool m_selectsOnFocus = true;
     bool m_focusedByMouse = false;
+    bool m_awayWithWindow = false; ///< lost the focus together with its window, or to a popup
 };
 
 } // namespace ui

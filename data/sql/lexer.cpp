@@ -152,7 +152,7 @@ private:
             }
             ++m_at;
         }
-        refuse("A text is not closed by a quotation mark.", start);
+        refuse("A text is not closed by a quotation mark; leave out the mark (') in what was typed.", start);
     }
 
     void readSymbol()

@@ -162,6 +162,7 @@ void frm_Srh_Spares::Load_Items()
     TextGrid::Batch batch(m_parts);
     m_parts.setCurrent(0, kColCode);
     m_parts.setRows(1);
+    m_vehicles.setRows(1); // of a part that may not be listed any more
     Design();
     if (!m_Adodc1.isOpen()) {
         m_Adodc1.setConnectionString(m_context.session.YearDsnConnect);

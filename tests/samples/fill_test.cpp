@@ -210,7 +210,5 @@ void FillTest::fillAgreesWithTheMovements()
         }
 }
 
-Q_DECLARE_METATYPE(samples::Options)
-
 QTEST_APPLESS_MAIN(FillTest)
 #include "fill_test.moc"
