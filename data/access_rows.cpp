@@ -274,8 +274,6 @@ bool TableRows::read(jet::RowId place)
 /// table without one is small or never loses single rows.
 void TableRows::requireSameRow()
 {
-    if (!m_current)
-        throwGone();
     if (m_current->state == stateOf(*m_file->database))
         return;
     const auto row = m_table->fetch(m_current->place);
@@ -315,6 +313,8 @@ void TableRows::insert(const Changes &changes)
 
 void TableRows::update(const Changes &changes)
 {
+    if (!m_current)
+        throwGone();
     jet::ChangeScope scope(*m_file->database, m_durability);
     requireSameRow();
     const jet::RowId place = m_current->place;
@@ -325,6 +325,8 @@ void TableRows::update(const Changes &changes)
 
 void TableRows::erase()
 {
+    if (!m_current)
+        throwGone();
     jet::ChangeScope scope(*m_file->database, m_durability);
     requireSameRow();
     m_table->erase(m_current->place);
