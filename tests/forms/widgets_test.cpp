@@ -3,12 +3,14 @@
 #include "common/ui/date_box.h"
 #include "common/ui/form_dialog.h"
 #include "common/ui/grid_view.h"
+#include "common/ui/style.h"
 #include "common/ui/text_box.h"
 #include "common/ui/waiting.h"
 #include "tests/support/fixed_clock.h"
 #include "tests/support/scripted_dialogs.h"
 
 #include <QAbstractItemModelTester>
+#include <QApplication>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -56,6 +58,7 @@ private slots:
     void textBoxFiltersWhatIsTyped_data();
     void textBoxFiltersWhatIsTyped();
     void textBoxSelectsItsTextOnFocus();
+    void passwordShowsStars();
     void enterReachesNoButton();
     void escapePressesTheCancelButton();
     void formIsActivatedWhenShownOnly();
@@ -107,15 +110,35 @@ void WidgetsTest::textBoxSelectsItsTextOnFocus()
     QCoreApplication::sendEvent(&box, &byTab);
     QCOMPARE(box.selectedText(), u"12"_s);
 
+    // Given the focus while the window was inactive: a new focus, though it arrives like a return.
     box.deselect();
-    QFocusEvent backFromBox(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
-    QCoreApplication::sendEvent(&box, &backFromBox);
+    QFocusEvent withWindow(QEvent::FocusIn, Qt::ActiveWindowFocusReason);
+    QCoreApplication::sendEvent(&box, &withWindow);
+    QCOMPARE(box.selectedText(), u"12"_s);
+
+    // Left with the window and come back with it: the cursor stays.
+    box.deselect();
+    QFocusEvent toBox(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QCoreApplication::sendEvent(&box, &toBox);
+    QCoreApplication::sendEvent(&box, &withWindow);
     QVERIFY(!box.hasSelectedText());
 
     QFocusEvent byMouse(QEvent::FocusIn, Qt::MouseFocusReason);
     QCoreApplication::sendEvent(&box, &byMouse);
     QTest::mouseClick(&box, Qt::LeftButton);
     QCOMPARE(box.selectedText(), u"12"_s);
+}
+
+void WidgetsTest::passwordShowsStars()
+{
+    const QString plain = qApp->styleSheet();
+    ui::applyStyle(*qApp);
+    ui::TextBox box;
+    box.setEchoMode(QLineEdit::Password);
+    box.setText(u"abc"_s);
+    box.ensurePolished();
+    QCOMPARE(box.displayText(), u"***"_s);
+    qApp->setStyleSheet(plain);
 }
 
 void WidgetsTest::enterReachesNoButton()
