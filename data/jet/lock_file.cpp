@@ -20,9 +20,16 @@ constexpr char kAccount[] = "Admin";
 
 /// Region of Access: byte kUserLocks + u belongs to user u as long as it has the database open.
 constexpr std::uint64_t kUserLocks = 0x10000000;
-/// Region of this program: the users' bytes, then the bytes by whose end a writer is known.
+/// An exclusive lock covers the users' bytes and goes on behind them by the number of its holder.
+constexpr std::uint64_t kExclusive = 0x100;
+/// Region of Access: a range for each page that is being written.
+constexpr std::uint64_t kPageWrites = 0x20000000;
+constexpr std::uint64_t kPageRegion = 0x10000000;
+constexpr std::uint64_t kPageRange = 0x200;
+/// More single ranges than these would keep the system busy; then the whole region is taken.
+constexpr std::size_t kMostPageLocks = 1000;
+/// Region of this program.
 constexpr std::uint64_t kStatements = 0x7F000000;
-constexpr std::uint64_t kWriterMark = kStatements + 0x100;
 /// One writer at a time gathers the users' bytes; two would keep half of them from each other.
 constexpr std::uint64_t kQueue = kStatements + 0x300;
 
@@ -145,22 +152,26 @@ void LockFile::hold(Hold wanted)
     }
     if (wanted == m_held)
         return;
-    waitFor(wanted == Hold::Reading ? &LockFile::tryReading : &LockFile::tryWriting);
+    waitFor([&] { return wanted == Hold::Reading ? tryReading() : tryWriting(); },
+            [&] { return holderAt(kStatements); });
     m_held = wanted;
 }
 
-void LockFile::waitFor(bool (LockFile::*attempt)())
+/// Tries until the time is up; `blamed` then says who was in the way.
+template <class Attempt, class Blamed>
+void LockFile::waitFor(Attempt attempt, Blamed blamed)
 {
-    if ((this->*attempt)())
+    if (attempt())
         return;
     const auto end = Clock::now() + m_options.wait;
     do {
         pause();
-        if ((this->*attempt)())
+        if (attempt())
             return;
     } while (Clock::now() < end);
-    release(m_held);
-    throw inUse(userInTheWay());
+    if (m_held != Hold::Writing)
+        release(m_held); // what was gathered so far
+    throw inUse(blamed());
 }
 
 bool LockFile::tryReading()
@@ -172,7 +183,7 @@ bool LockFile::tryReading()
 /// same readers from coming back first.
 bool LockFile::tryWriting()
 {
-    const std::uint64_t length = 0x100 + static_cast<std::uint64_t>(m_user);
+    const std::uint64_t length = kExclusive + static_cast<std::uint64_t>(m_user);
     if (set(kStatements + 1, length, LockKind::Exclusive))
         return true;
     if (!tryQueue() || !gather(1, kUsers))
@@ -211,28 +222,58 @@ void LockFile::release(Hold kept)
     if (kept == Hold::Nothing && m_held == Hold::Reading && !m_queued) {
         unlock(own, own);
     } else if (kept == Hold::Nothing) {
-        unlock(1, 0x100 + own);
+        unlock(1, kExclusive + own);
     } else {
         unlock(1, own - 1);
-        unlock(own + 1, 0x100 + own);
+        unlock(own + 1, kExclusive + own);
     }
     if (std::exchange(m_queued, false))
         static_cast<void>(set(kQueue, 1, LockKind::Unlock));
     m_held = kept;
 }
 
-/// The user that keeps this one from going on; 0 when it is gone by now.
-int LockFile::userInTheWay()
+int LockFile::holderAt(std::uint64_t base)
 {
     for (int user = kUsers; user > 0; --user) {
-        if (isTaken(kWriterMark + static_cast<std::uint64_t>(user)))
+        if (isTaken(base + kExclusive + static_cast<std::uint64_t>(user)))
             return user;
     }
     for (int user = 1; user <= kUsers; ++user) {
-        if (user != m_user && isTaken(kStatements + static_cast<std::uint64_t>(user)))
+        if (user != m_user && isTaken(base + static_cast<std::uint64_t>(user)))
             return user;
     }
     return 0;
+}
+
+void LockFile::lockPages(std::span<const PageNo> pages)
+{
+    if (pages.size() > kMostPageLocks) {
+        waitFor([&] { return set(kPageWrites + 1, kPageRegion - 1, LockKind::Exclusive); }, [] { return 0; });
+        return;
+    }
+    // All or nothing, so that two programs never keep half of what they need from each other.
+    PageNo blocked{};
+    waitFor(
+        [&] {
+            const auto found = std::ranges::find_if_not(pages, [this](PageNo page) { return tryPage(page); });
+            if (found == pages.end())
+                return true;
+            blocked = *found;
+            unlockPages();
+            return false;
+        },
+        [&] { return holderAt(kPageWrites + number(blocked) * kPageRange); });
+}
+
+bool LockFile::tryPage(PageNo page)
+{
+    return set(kPageWrites + number(page) * kPageRange + 1, kExclusive + static_cast<std::uint64_t>(m_user),
+               LockKind::Exclusive);
+}
+
+void LockFile::unlockPages()
+{
+    static_cast<void>(set(kPageWrites + 1, kPageRegion - 1, LockKind::Unlock));
 }
 
 FileError LockFile::inUse(int byUser) const

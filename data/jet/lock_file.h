@@ -7,11 +7,12 @@
 //
 // Whole statements exclude each other by a lock of this program's own, in a region that Access does not use:
 // a reader holds the byte of its number, a writer all of them. How far a writer's lock reaches behind them
-// tells who it is.
+// tells who it is. While pages are written they are locked in the way of Access too.
 #pragma once
 
 #include "common/errors.h"
 #include "data/jet/file.h"
+#include "data/jet/format.h"
 
 #include <chrono>
 #include <memory>
@@ -57,6 +58,11 @@ public:
     /// names the workstation in the way; what was held before is held still.
     void hold(Hold wanted);
 
+    /// Locks pages as other programs do while they write them; needs Hold::Writing. Throws
+    /// FileError(TableInUse).
+    void lockPages(std::span<const PageNo> pages);
+    void unlockPages();
+
     /// True when somebody else has the number: the entry of that user is no left-over.
     [[nodiscard]] bool isPresent(int user);
     /// Names of the workstations that have the database open, this one included, by user number.
@@ -75,13 +81,16 @@ public:
 private:
     [[nodiscard]] bool takeNumber();
     void writeEntry();
-    void waitFor(bool (LockFile::*attempt)());
+    template <class Attempt, class Blamed>
+    void waitFor(Attempt attempt, Blamed blamed);
     [[nodiscard]] bool tryReading();
     [[nodiscard]] bool tryWriting();
     [[nodiscard]] bool tryQueue();
     [[nodiscard]] bool gather(int first, int last);
     void release(Hold kept);
-    [[nodiscard]] int userInTheWay();
+    [[nodiscard]] bool tryPage(PageNo page);
+    /// The user that holds a lock beginning at a base; 0 when it is gone by now.
+    [[nodiscard]] int holderAt(std::uint64_t base);
     [[nodiscard]] bool isTaken(std::uint64_t byte);
     [[nodiscard]] bool set(std::uint64_t at, std::uint64_t count, LockKind kind);
 

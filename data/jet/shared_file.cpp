@@ -11,6 +11,34 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookAgain{2};
 
+/// Keeps other programs, which know nothing of this program's own locks, from the pages of a change.
+class PageLocks
+{
+public:
+    PageLocks(LockFile *locks, std::span<const PageChange> changes)
+        : m_locks(locks)
+    {
+        if (m_locks == nullptr)
+            return;
+        std::vector<PageNo> pages;
+        pages.reserve(changes.size());
+        for (const PageChange &change : changes)
+            pages.push_back(change.page);
+        std::ranges::sort(pages);
+        m_locks->lockPages(pages);
+    }
+    PageLocks(const PageLocks &) = delete;
+    PageLocks &operator=(const PageLocks &) = delete;
+    ~PageLocks()
+    {
+        if (m_locks != nullptr)
+            attempt([this] { m_locks->unlockPages(); });
+    }
+
+private:
+    LockFile *m_locks;
+};
+
 } // namespace
 
 SharedFile::SharedFile(File &file, Folder &folder, const std::string &path, const LockOptions &options,
@@ -223,6 +251,10 @@ void SharedFile::commit(std::span<const PageChange> changes, std::uint64_t sizeB
         throw FileError(ErrorNumber::PathAccess, "The last change of the database file " + m_path +
                                                      " could be neither finished nor taken back.");
     const bool marked = m_known.has_value(); // a file that is being made has no marks yet
+    const PageLocks pages(durable ? m_lock.get() : nullptr, changes);
+    if (marked && durable && words() != *m_known)
+        throw FileError(ErrorNumber::TableInUse,
+                        "Another program changed the database file " + m_path + " meanwhile. Try again.");
     const std::size_t user = slot();
     const std::uint16_t before = marked ? m_known->at(user) : std::uint16_t{0};
     const std::uint16_t after = marked ? commit_mark::after(before) : std::uint16_t{0};

@@ -294,6 +294,26 @@ private slots:
         m_left->table("Items").insert(item(3));
     }
 
+    /// Another program has a page open for a change, without a mark yet.
+    void anotherProgramHoldsAPage()
+    {
+        const auto locks = posixFolder().open(file("Main.ldb"), OpenMode::ReadWrite);
+        const RowId place = *placeOf(*m_left, 1);
+        const std::uint64_t base = 0x20000000 + std::uint64_t{number(place.page)} * 0x200;
+        QVERIFY(locks->lock(base + 1, 0x102, LockKind::Exclusive)); // in the name of user 2
+        {
+            ChangeScope scope(*m_left);
+            m_left->table("Items").erase(place);
+            QCOMPARE(support::sentenceOf([&] { scope.commit(); }),
+                     QStringLiteral("The table is in use on workstation RIGHT."));
+            // The statement failed, its hold did not.
+            QCOMPARE(support::errorOf([&] { static_cast<void>(itemsOf(*m_right)); }), kInUse);
+        }
+        QVERIFY(placeOf(*m_right, 1));
+        QVERIFY(locks->lock(base + 1, 0x102, LockKind::Unlock));
+        m_left->table("Items").erase(place);
+    }
+
     /// A statement that stopped at a row keeps nobody from writing, and goes on afterwards.
     void statementThatStoppedAtARow()
     {
