@@ -80,10 +80,11 @@ public:
         m_ahead.clear();
         if (m_failure)
             std::rethrow_exception(std::exchange(m_failure, nullptr));
-        if (std::exchange(m_started, true))
+        if (std::exchange(m_started, true)) {
             readAhead();
-        else
+        } else {
             return m_query->next();
+        }
         return !m_ahead.empty();
     }
     void restart() override

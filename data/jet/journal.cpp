@@ -184,10 +184,11 @@ void Journal::invalidate()
     // The file is kept and its header overwritten: making, removing or cutting a file costs the disk more
     // than all the rest. Not synced: compareWithFile() and the marks tell a done change from an open one.
     const std::unique_ptr<File> file = m_folder.open(m_path, OpenMode::ReadWrite);
-    if (file->size() > kKeptSize)
+    if (file->size() > kKeptSize) {
         file->truncate(0);
-    else if (file->size() > 0)
+    } else if (file->size() > 0) {
         file->write(0, std::vector<std::byte>(kHeaderSize));
+    }
 }
 
 bool Journal::mayExist()
@@ -238,14 +239,15 @@ struct Traces
     void take(std::span<const std::byte> found, std::span<const std::byte> before,
               std::span<const std::byte> after)
     {
-        if (std::ranges::equal(before, after))
+        if (std::ranges::equal(before, after)) {
             ofOthers = ofOthers || !std::ranges::equal(found, after);
-        else if (std::ranges::equal(found, after))
+        } else if (std::ranges::equal(found, after)) {
             ofNew = true;
-        else if (std::ranges::equal(found, before))
+        } else if (std::ranges::equal(found, before)) {
             ofOld = true;
-        else
+        } else {
             ofOthers = true;
+        }
     }
 };
 

@@ -39,7 +39,7 @@ constexpr std::chrono::microseconds kLongestPause{1500};
 /// Pauses of different lengths, so that users waiting for each other do not go on in step.
 void pause()
 {
-    static std::minstd_rand random{std::random_device{}()};
+    static std::minstd_rand random(std::random_device{}());
     std::uniform_int_distribution<std::int64_t> length(kShortestPause.count(), kLongestPause.count());
     std::this_thread::sleep_for(std::chrono::microseconds(length(random)));
 }
@@ -77,9 +77,10 @@ LockFile::LockFile(Folder &folder, const std::string &databasePath, LockOptions 
         if (taken && m_folder.isAt(m_path, *m_file))
             break;
         // A user that leaves holds all numbers for a moment.
-        if (!taken && Clock::now() > end)
+        if (!taken && Clock::now() > end) {
             throw FileError(ErrorNumber::TableInUse,
                             "The database " + databasePath + " is open on 255 workstations already.");
+        }
         pause();
     }
     writeEntry();
@@ -199,14 +200,13 @@ bool LockFile::tryQueue()
 }
 
 /// Takes what is free of the bytes of some users; true when it has them all.
-bool LockFile::gather(int first, int last)
+bool LockFile::gather(std::uint64_t first, std::uint64_t last)
 {
-    if (set(kStatements + static_cast<std::uint64_t>(first), static_cast<std::uint64_t>(last - first + 1),
-            LockKind::Exclusive))
+    if (set(kStatements + first, last - first + 1, LockKind::Exclusive))
         return true;
     if (first == last)
         return false;
-    const int middle = (first + last) / 2;
+    const std::uint64_t middle = (first + last) / 2;
     const bool lower = gather(first, middle);
     return gather(middle + 1, last) && lower;
 }

@@ -86,7 +86,7 @@ private:
     [[nodiscard]] bool tryReading();
     [[nodiscard]] bool tryWriting();
     [[nodiscard]] bool tryQueue();
-    [[nodiscard]] bool gather(int first, int last);
+    [[nodiscard]] bool gather(std::uint64_t first, std::uint64_t last);
     void release(Hold kept);
     [[nodiscard]] bool tryPage(PageNo page);
     /// The user that holds a lock beginning at a base; 0 when it is gone by now.

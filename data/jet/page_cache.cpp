@@ -205,7 +205,7 @@ struct PageCache::Impl
     }
 
     /// Reads the page, and those behind it when pages are being missed in rising order.
-    [[nodiscard]] Frame *load(PageNo page)
+    [[nodiscard]] PagePin load(PageNo page)
     {
         const std::uint32_t first = number(page);
         const bool walking = first > lastMiss && first - lastMiss <= kSameWalk;
@@ -225,8 +225,9 @@ struct PageCache::Impl
             std::memcpy(frame->bytes.get(), batch.data() + std::size_t{i} * format.pageSize, format.pageSize);
             if (i == 0)
                 result = PagePin(frame);
+            frame->recentlyUsed = i == 0;
         }
-        return result.m_frame;
+        return result;
     }
 
     /// Pages that lie in the file itself, not only in the open scope.
@@ -241,17 +242,18 @@ struct PageCache::Impl
         std::ranges::fill(into.subspan(static_cast<std::size_t>(there)), std::byte{0});
     }
 
-    [[nodiscard]] Frame *current(PageNo page)
+    [[nodiscard]] PagePin current(PageNo page)
     {
         Frame *frame = directory.find(page);
         if (frame == nullptr) {
-            if (number(page) >= pageCount)
+            if (number(page) >= pageCount) {
                 throw damaged(page, "the page lies beyond the end of the file, which has " +
                                         std::to_string(pageCount) + " pages");
-            frame = load(page);
+            }
+            return load(page);
         }
         frame->recentlyUsed = true;
-        return frame;
+        return PagePin(frame);
     }
 
     void requireScope() const
@@ -265,10 +267,11 @@ struct PageCache::Impl
         for (const Change &change : changes) {
             Frame *after = change.after.m_frame;
             after->changed = false;
-            if (change.before)
+            if (change.before) {
                 install(change.before.m_frame, after);
-            else
+            } else {
                 remove(after);
+            }
         }
         changes.clear();
         pageCount = pageCountBefore;
@@ -286,15 +289,17 @@ struct PageCache::Impl
         });
         std::vector<PageChange> images;
         images.reserve(changes.size());
-        for (const Change &change : changes)
+        for (const Change &change : changes) {
             images.push_back({change.after.page(),
                               change.before ? change.before.view().bytes() : std::span<const std::byte>(),
                               change.after.view().bytes()});
+        }
         const std::uint64_t sizeAfter = std::max(fileSize, std::uint64_t{pageCount} * format.pageSize);
-        if (shared != nullptr)
+        if (shared != nullptr) {
             shared->commit(images, fileSize, sizeAfter, durability);
-        else
+        } else {
             writePages(file, images);
+        }
         for (const Change &change : changes)
             change.after.m_frame->changed = false;
         changes.clear();
@@ -350,13 +355,14 @@ bool PageCache::isCutShort() const
 
 PagePin PageCache::pin(PageNo page)
 {
-    return PagePin(m_impl->current(page));
+    return m_impl->current(page);
 }
 
 PageEditor PageCache::edit(PageNo page)
 {
     m_impl->requireScope();
-    Frame *frame = m_impl->current(page);
+    const PagePin pinned = m_impl->current(page);
+    Frame *frame = pinned.m_frame;
     if (!frame->changed) {
         auto copy = std::make_unique<Frame>(page, frame->size);
         std::memcpy(copy->bytes.get(), frame->bytes.get(), frame->size);

@@ -50,10 +50,11 @@ SharedFile::SharedFile(File &file, Folder &folder, const std::string &path, cons
     , m_access(access)
     , m_journal(folder, m_path)
 {
-    if (access == Access::ReadWrite)
+    if (access == Access::ReadWrite) {
         m_lock = std::make_unique<LockFile>(m_folder, m_path, m_options);
-    else
+    } else {
         joinOthers();
+    }
 }
 
 SharedFile::~SharedFile()
@@ -183,10 +184,11 @@ bool SharedFile::settle()
     if (!journal)
         return false;
     if (m_access == Access::ReadOnly || !m_lock) {
-        if (compareWithFile(*journal, m_file) == Outcome::Mixed)
+        if (compareWithFile(*journal, m_file) == Outcome::Mixed) {
             throw FileError(ErrorNumber::PathAccess,
                             "A change of the database file " + m_path +
                                 " was not finished. Open it once where it can be written.");
+        }
         return false;
     }
     // Given back first: two readers that both keep theirs would wait for each other.
@@ -210,12 +212,13 @@ bool SharedFile::carryOut(const JournalContent &journal)
     const Outcome outcome = compareWithFile(journal, m_file);
     if (isVoid(header, outcome))
         return false;
-    if (outcome == Outcome::Foreign)
+    if (outcome == Outcome::Foreign) {
         throw CorruptFile("The database file " + m_path +
                           " was changed by another program after the workstation " + header.workstation +
                           " stopped in the middle of a change to it. Nothing was altered. Restore the file "
                           "from a copy, or have it checked and then delete " +
                           m_journal.path() + ".");
+    }
     const bool marked = header.markAfter != 0;
     if (marked)
         writeCommitMark(m_file, header.pageSize, header.user, commit_mark::kWriting);
@@ -247,22 +250,25 @@ void SharedFile::commit(std::span<const PageChange> changes, std::uint64_t sizeB
                         std::uint64_t sizeAfter, Durability durability)
 {
     const bool durable = durability == Durability::Durable;
-    if (m_halfDone)
+    if (m_halfDone) {
         throw FileError(ErrorNumber::PathAccess, "The last change of the database file " + m_path +
                                                      " could be neither finished nor taken back.");
+    }
     const bool marked = m_known.has_value(); // a file that is being made has no marks yet
     const PageLocks pages(durable ? m_lock.get() : nullptr, changes);
-    if (marked && durable && words() != *m_known)
+    if (marked && durable && words() != *m_known) {
         throw FileError(ErrorNumber::TableInUse,
                         "Another program changed the database file " + m_path + " meanwhile. Try again.");
+    }
     const std::size_t user = slot();
     const std::uint16_t before = marked ? m_known->at(user) : std::uint16_t{0};
     const std::uint16_t after = marked ? commit_mark::after(before) : std::uint16_t{0};
-    if (durable)
+    if (durable) {
         m_journal.write({static_cast<std::uint32_t>(changes.front().after.size()), sizeBefore, sizeAfter,
                          static_cast<std::uint16_t>(user), after, m_known.value_or(CommitWords{}),
                          m_lock ? m_lock->nameOf(m_lock->user()) : std::string()},
                         changes);
+    }
     try {
         // Without a journal nobody could finish the change, so nobody is told that it began.
         if (durable && marked)
