@@ -10,7 +10,7 @@
 /// When the disk fails. Operations are writes, cuts, syncs, and the making and removing of files.
 struct DiskFault
 {
-    enum class Kind { None, Once, ForGood };
+    enum class Kind { None, Once, ForAWhile, ForGood };
 
     Kind kind = Kind::None;
     int at = 0;        ///< operations that still succeed
@@ -84,6 +84,7 @@ public:
 
 private:
     static constexpr std::size_t kSector = 512;
+    static constexpr int kAWhile = 4; ///< operations that fail
 
     /// A write, or a cut when there are no bytes.
     struct Change
@@ -169,6 +170,8 @@ private:
     {
         const int place = m_operations++;
         return (fault.kind == DiskFault::Kind::Once && place == fault.at) ||
+               (fault.kind == DiskFault::Kind::ForAWhile && place >= fault.at &&
+                place < fault.at + kAWhile) ||
                (fault.kind == DiskFault::Kind::ForGood && place >= fault.at);
     }
     [[noreturn]] void fail()

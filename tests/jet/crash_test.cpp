@@ -79,6 +79,26 @@ void saveOrder(Database &database)
 
 enum class State { Old, New, Wrong };
 
+/// Makes no file, and opens those that are there for reading only.
+class ReadOnlyDisk : public CrashDisk
+{
+public:
+    ReadOnlyDisk(const Files &files, bool fileIsWritable)
+        : CrashDisk(files)
+        , m_fileIsWritable(fileIsWritable)
+    {}
+
+    [[nodiscard]] std::unique_ptr<File> open(const std::string &path, OpenMode mode) override
+    {
+        if (mode != OpenMode::ReadOnly && !(m_fileIsWritable && path == kPath))
+            throw FileError(ErrorNumber::PathAccess, "The medium cannot be written.");
+        return CrashDisk::open(path, mode);
+    }
+
+private:
+    bool m_fileIsWritable;
+};
+
 } // namespace
 
 class CrashTest : public QObject
@@ -144,6 +164,25 @@ private slots:
             saveOrder(*database);
             QCOMPARE(rowsOf(*database, "Lines"), m_newLines);
             QCOMPARE(support::problems(*database), QByteArray());
+        }
+    }
+
+    /// The disk is lost in the middle, so that the change cannot be taken back either, and comes back later.
+    void failsForAWhile()
+    {
+        bool completed = false;
+        for (int operation = 0; !completed; ++operation) {
+            CrashDisk disk(m_before);
+            const auto database = Database::open(kPath, {}, disk);
+            disk.fault = {DiskFault::Kind::ForAWhile, disk.operations() + operation, operation % 2 == 0};
+            const bool saved = attempt([&] { saveOrder(*database); });
+            completed = !disk.hasFailed();
+            disk.fault = {};
+            const QByteArray lines = rowsOf(*database, "Lines");
+            QVERIFY(saved ? lines == m_newLines : lines == m_newLines || lines == m_oldLines);
+            QCOMPARE(support::problems(*database), QByteArray());
+            saveOrder(*database);
+            QCOMPARE(stateOf(disk.afterKill(), operation), State::New);
         }
     }
 
@@ -225,6 +264,29 @@ private slots:
         }
     }
 
+    /// On a medium that cannot be written, or in a folder that takes no lock file, a file can be read.
+    void readOnlyMedium_data()
+    {
+        QTest::addColumn<bool>("fileIsWritable");
+        QTest::newRow("medium") << false;
+        QTest::newRow("folder") << true;
+    }
+    void readOnlyMedium()
+    {
+        QFETCH(bool, fileIsWritable);
+        ReadOnlyDisk disk(m_before, fileIsWritable);
+        const auto database = Database::open(kPath, {}, disk);
+        QVERIFY(database->isReadOnly());
+        QCOMPARE(rowsOf(*database, "Lines"), m_oldLines);
+        QCOMPARE(support::errorOf([&] { saveOrder(*database); }),
+                 static_cast<int>(ErrorNumber::TableReadOnly));
+
+        // Half a change is no state that anybody could read.
+        ReadOnlyDisk halfDone(halfDoneFiles(), fileIsWritable);
+        QCOMPARE(support::errorOf([&] { static_cast<void>(Database::open(kPath, {}, halfDone)); }),
+                 static_cast<int>(ErrorNumber::PathAccess));
+    }
+
     /// A database that was being made is complete or cannot be taken for one.
     void stopsWhileMaking()
     {
@@ -284,12 +346,13 @@ private:
     [[nodiscard]] Files halfDoneFiles() const
     {
         const std::size_t marks = support::version() == Version::Jet3 ? 0x600 : 0xE00;
+        const int all = changedPages(filesAtLast([](const Files &) { return true; }));
         const Files files = filesAtLast([&](const Files &there) {
             const FileBytes &bytes = there.at(kPath);
             return bytes[marks + 2] == std::byte{0} && bytes[marks + 3] == std::byte{0} &&
-                   changedPages(there) < 10;
+                   changedPages(there) <= all / 2 + 1;
         });
-        if (changedPages(files) < 5)
+        if (all < 6 || changedPages(files) < 3)
             QTest::qFail("no moment in the middle was found", __FILE__, __LINE__);
         return files;
     }
