@@ -8,6 +8,8 @@ namespace bench {
 
 namespace {
 
+constexpr int kCacheKilobytes = 64 * 1024;
+
 void require(bool fine, sqlite3 *connection)
 {
     if (!fine)
@@ -90,6 +92,8 @@ NativeDatabase::NativeDatabase(const std::string &file)
     const int result = sqlite3_open(file.c_str(), &connection);
     m_connection.reset(connection);
     require(result == SQLITE_OK, connection);
+    // As many bytes of pages in memory as the engine keeps, so that neither wins by its memory.
+    run("PRAGMA cache_size=-" + std::to_string(kCacheKilobytes));
 }
 
 void NativeDatabase::run(const std::string &text)
