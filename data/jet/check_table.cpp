@@ -215,15 +215,16 @@ void TableChecker::checkLongValuePages()
 void TableChecker::checkCounts()
 {
     const TableDefinition &definition = m_impl.definition;
+    const std::string where = m_where + ", page " + std::to_string(number(definition.page));
     // Access itself lets the counts of its own tables drift.
     if (!definition.system && m_table.approximateRows() != m_rows)
-        m_findings.add(m_where, "the definition counts " + std::to_string(m_table.approximateRows()) +
-                                    " rows, there are " + std::to_string(m_rows));
+        m_findings.add(where, "the definition counts " + std::to_string(m_table.approximateRows()) +
+                                  " rows, there are " + std::to_string(m_rows));
     const std::uint32_t last =
         m_impl.db.cache.pin(definition.page).view().u32(m_impl.format().lastAutonumber);
     if (m_largestAutonumber > last)
-        m_findings.add(m_where, "the last number given out is to be " + std::to_string(last) +
-                                    ", but a row has " + std::to_string(m_largestAutonumber));
+        m_findings.add(where, "the last number given out is to be " + std::to_string(last) +
+                                  ", but a row has " + std::to_string(m_largestAutonumber));
 }
 
 void TableChecker::checkIndex(std::size_t index)

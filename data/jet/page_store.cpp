@@ -75,12 +75,15 @@ private:
     {
         if (row.firstPage() % 8 != 0)
             throw damaged(kGlobalMap.page, row.at, "the map of the file begins in the middle of a byte");
-        std::vector<std::byte> bytes(kMapBits + row.firstPage() / 8, std::byte{0});
-        bytes.insert(bytes.end(), row.bits().begin(), row.bits().end());
-        if (fits(row, bytes.size()))
-            replace(bytes);
-        else
+        // Asked before any memory is taken: a damaged beginning can lie anywhere.
+        const std::size_t lead = row.firstPage() / 8;
+        if (!fits(row, lead + row.bytes.size())) {
             turnIntoReference(row);
+            return;
+        }
+        std::vector<std::byte> bytes(kMapBits + lead, std::byte{0});
+        bytes.insert(bytes.end(), row.bits().begin(), row.bits().end());
+        replace(bytes);
     }
 
     /// Lets the map reach a page. New bits are free for pages that are not made yet, in use for those that
@@ -172,6 +175,9 @@ PageEditor PageStore::allocate()
     }
     const auto found = nextPage(*m_cache, MapRow(*m_cache, kGlobalMap), PageNo{m_lowestFree});
     if (found) {
+        // The header and the map itself; whoever cleared them could not even tell the damage any more.
+        if (number(*found) <= 1)
+            throw damaged(*found, "the map of the file calls a page free that is always in use");
         m_lowestFree = number(*found) + 1;
         GlobalMap(*m_cache).put(*found, false);
         const PageEditor page = m_cache->edit(*found);

@@ -50,8 +50,8 @@ void appendOffsets(Bytes &row, std::span<const std::size_t> offsets, std::size_t
     for (std::size_t i = offsets.size(); i-- > 0;)
         appendCount(row, offsets[i] & (format.isJet3() ? 0xFFU : 0xFFFFU), format);
     for (std::size_t jump = jumps; jump-- > 0;) {
-        const auto first =
-            std::ranges::find_if(offsets, [jump](std::size_t offset) { return offset >= 256 * (jump + 1); });
+        // The offsets rise.
+        const auto first = std::ranges::lower_bound(offsets, 256 * (jump + 1));
         row.push_back(first == offsets.end() ? std::byte{kNoJump}
                                              : static_cast<std::byte>(first - offsets.begin()));
     }

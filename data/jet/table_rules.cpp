@@ -55,6 +55,8 @@ constexpr int kSampleEntries = 4;
     const std::uint8_t known = kKnownIndexFlags | (table.format().isJet3() ? 0 : kAlwaysInJet4);
     if ((stored.flags & ~known) != 0)
         return "one of its indexes has properties that this program does not know";
+    if (stored.map.pointer() == 0)
+        return "one of its indexes has no usage map";
     for (std::size_t i = 0; i < stored.columns.size(); ++i) {
         const Column &column = table.definition.columns[table.keyPositions[index][i]];
         const std::string reason =
@@ -156,6 +158,8 @@ constexpr int kSampleEntries = 4;
 [[nodiscard]] std::string refusalOf(Table::Impl &table)
 {
     const TableDefinition &definition = table.definition;
+    if (definition.ownedMap.pointer() == 0)
+        return "its rows have no usage map";
     for (const Column &column : definition.columns) {
         std::string reason = columnRefusal(definition, column, table.format().version);
         if (!reason.empty())
