@@ -89,8 +89,8 @@ private:
     std::unique_ptr<Impl> m_impl;
 };
 
-/// Keeps other users of the file from changing it. Costs two system calls more than none; inside another lock
-/// it costs nothing. To be held for one statement, never while a person thinks.
+/// Keeps other users of the file from changing it. Costs three system calls for lock and marks; inside
+/// another lock it costs nothing. To be held for one statement, never while a person thinks.
 class ReadLock
 {
 public:
