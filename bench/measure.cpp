@@ -69,7 +69,7 @@ std::string targetText(const Measurement &measurement)
 void printLine(const char *name, const char *ours, const char *other, const char *quotient,
                const char *target, const char *verdict)
 {
-    std::printf("%-46s %12s %12s %13s %12s  %s\n", name, ours, other, quotient, target, verdict);
+    std::printf("%-50s %14s %14s %13s %14s  %s\n", name, ours, other, quotient, target, verdict);
     // A run takes minutes: whoever watches it through a pipe sees the lines as they come.
     static_cast<void>(std::fflush(stdout));
 }
