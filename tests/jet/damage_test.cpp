@@ -57,8 +57,9 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(QString, sentence);
         MemoryFolder folder;
-        FileBytes bytes(static_cast<std::size_t>(content.size()));
-        std::memcpy(bytes.data(), content.constData(), bytes.size());
+        const auto span =
+            std::as_bytes(std::span(content.constData(), static_cast<std::size_t>(content.size())));
+        const FileBytes bytes(span.begin(), span.end());
         folder.put(kPath, bytes);
         const QString said =
             support::sentenceOf([&] { static_cast<void>(Database::open(kPath, {}, folder)); });
