@@ -1,0 +1,104 @@
+#include "common/ui/manual.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QPushButton>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+namespace ui {
+
+namespace {
+
+constexpr QSize kUsualSize(860, 700);
+
+/// A browser of our own: a workstation for orders has no need of another one.
+class ManualWindow : public QDialog
+{
+public:
+    explicit ManualWindow(QWidget *parent);
+
+    void show(const QString &page);
+
+private:
+    QPushButton *addButton(QHBoxLayout *row, const char *name, const QString &caption);
+
+    QTextBrowser *m_text;
+};
+
+ManualWindow::ManualWindow(QWidget *parent)
+    : QDialog(parent)
+    , m_text(new QTextBrowser(this))
+{
+    setObjectName(QStringLiteral("manual"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    setWindowTitle(tr("Velk Spares Manual"));
+    m_text->setObjectName(QStringLiteral("manualText"));
+    m_text->setAccessibleName(tr("Page of the manual"));
+    m_text->setOpenExternalLinks(false);
+    m_text->document()->setDocumentMargin(16);
+
+    auto *row = new QHBoxLayout;
+    QPushButton *contents = addButton(row, "manualContents", tr("C&ontents"));
+    QPushButton *back = addButton(row, "manualBack", tr("&Back"));
+    row->addStretch();
+    QPushButton *close = addButton(row, "manualClose", tr("&Close"));
+    connect(contents, &QPushButton::clicked, this, [this] { show(QStringLiteral("index.html")); });
+    connect(back, &QPushButton::clicked, m_text, &QTextBrowser::backward);
+    connect(m_text, &QTextBrowser::backwardAvailable, back, &QPushButton::setEnabled);
+    connect(close, &QPushButton::clicked, this, &QDialog::close);
+    back->setEnabled(false);
+
+    auto *column = new QVBoxLayout(this);
+    column->addWidget(m_text);
+    column->addLayout(row);
+    resize(kUsualSize);
+    m_text->setFocus();
+}
+
+QPushButton *ManualWindow::addButton(QHBoxLayout *row, const char *name, const QString &caption)
+{
+    auto *button = new QPushButton(caption, this);
+    button->setObjectName(QLatin1String(name));
+    button->setAutoDefault(false);
+    row->addWidget(button);
+    return button;
+}
+
+void ManualWindow::show(const QString &page)
+{
+    const QString file = manualFolder() + QLatin1Char('/') + page.section(QLatin1Char('#'), 0, 0);
+    QUrl place = QUrl::fromLocalFile(file);
+    place.setFragment(page.section(QLatin1Char('#'), 1));
+    if (QFileInfo::exists(file))
+        m_text->setSource(place);
+    else
+        m_text->setPlainText(tr("The manual is not installed: there is no %1.").arg(file));
+    QDialog::show();
+    raise();
+    activateWindow();
+}
+
+} // namespace
+
+QString manualFolder()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/manual");
+}
+
+void openManual(const QString &page)
+{
+    static QPointer<ManualWindow> window;
+    QWidget *parent = QApplication::activeWindow();
+    // A window that is open over another form could not be reached from behind a modal one.
+    if (window && parent && window != parent && window->parentWidget() != parent)
+        delete window;
+    if (!window)
+        window = new ManualWindow(parent);
+    window->show(page);
+}
+
+} // namespace ui
