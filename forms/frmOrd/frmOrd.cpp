@@ -120,6 +120,7 @@ void frmOrd::Calling()
         return;
     }
     Clear_Fields();
+    showResult({});
     m_ui->dtpOrdDate->setDay(session.WorkDate.midnight());
     m_lines.clear();
     m_ui->cmdImp->hide();
@@ -296,6 +297,12 @@ void frmOrd::D_Dsn()
     years.close();
     connections.conMain.close();
     data::Remove_Dsn("VELK_OTH_MAIN", folder + "Main.mdb");
+}
+
+void frmOrd::showResult(const QString &line)
+{
+    m_ui->lblResult->setText(line);
+    m_ui->lblResult->setToolTip(line); // What does not fit into the line can be read there.
 }
 
 void frmOrd::showEvent(QShowEvent *event)

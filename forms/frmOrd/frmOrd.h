@@ -66,6 +66,9 @@ private:
     void cmdExit_Click();
     void Disp_Set();
     void D_Dsn();
+    /// Shows in one line what a piece of work came to; it stands until the form is emptied or the next work
+    /// begins. "" clears the line.
+    void showResult(const QString &line);
     [[nodiscard]] bool filtered(QObject *watched, QEvent *event);
     [[nodiscard]] bool formKey(QObject *watched, const QKeyEvent &key);
 

@@ -13,6 +13,7 @@ public:
         : m_form(form)
     {
         m_form.m_busy = true;
+        m_form.showResult({});
         QApplication::setOverrideCursor(Qt::WaitCursor);
     }
     ~Busy()

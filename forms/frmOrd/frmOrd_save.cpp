@@ -155,5 +155,6 @@ void frmOrd::emptyGrid()
 {
     m_lines.clear();
     m_lines.setRows(2);
+    showResult({});
     hideEditor(); // It still shows what the cell under it held.
 }

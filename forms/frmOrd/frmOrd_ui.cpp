@@ -144,10 +144,11 @@ void frmOrdUi::createActions()
     Pb = create<QProgressBar>("Pb", Pic);
     setCharacters(Pb, kProgressCharacters);
     Pb->setTextVisible(false);
-    QSizePolicy keepsRoom = Pb->sizePolicy();
-    keepsRoom.setRetainSizeWhenHidden(true);
-    Pb->setSizePolicy(keepsRoom);
     Pb->hide();
+    lblResult = create<QLabel>("lblResult", Pic);
+    lblResult->setTextFormat(Qt::PlainText);
+    // A long result is cut rather than allowed to make the window wider.
+    lblResult->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 
     fmAmt = create<QFrame>("fmAmt", Pic);
     lblNetTotal = create<QLabel>("lblNetTotal", fmAmt);
@@ -184,6 +185,7 @@ void frmOrdUi::describe()
         {cmbOrder, tr("Print order"), tr("Order of the lines on paper")},
         {chkRat, tr("Print rates and amounts"), tr("Prints rates, amounts and the total too")},
         {Pb, tr("Progress"), tr("How far the running work is")},
+        {lblResult, tr("Result"), tr("What the last proposal or exchange came to")},
         {lblNetTotal, tr("Net total"), tr("Sum of all amounts, renewed every second")},
         {cmdImp, tr("Import from spreadsheet"), tr("Reads lines from a spreadsheet")},
         {cmdXls, tr("Export to spreadsheet"), tr("Writes the order to a spreadsheet")},
@@ -294,8 +296,10 @@ QLayout *frmOrdUi::printBand()
     band->addSpacing(kFieldGap);
     band->addWidget(chkRat);
     band->addSpacing(kGroupGap);
+    // The two take turns in the same place: the work, then what it came to.
     band->addWidget(Pb, 1);
-    band->addStretch(1);
+    band->addWidget(lblResult, 1);
+    band->addSpacing(kGroupGap);
     band->addWidget(fmAmt);
     return band;
 }
@@ -311,8 +315,8 @@ QLayout *frmOrdUi::actionBand()
     auto *band = new QHBoxLayout;
     band->setContentsMargins(kBandMargin, 0, kBandMargin, 0);
     band->setSpacing(kFieldGap);
-    band->addWidget(cmdImp);
-    band->addWidget(cmdXls);
+    for (QPushButton *button : {cmdImp, cmdXls})
+        band->addWidget(button);
     band->addStretch(1);
     band->addWidget(fmSave);
     return band;

@@ -62,6 +62,7 @@ public:
     ui::ComboBox *cmbOrder;
     QCheckBox *chkRat;
     QProgressBar *Pb;
+    QLabel *lblResult; ///< what the last fill, export or import came to
     QFrame *fmAmt;
     QLabel *lblNetTotal;
     QPushButton *cmdImp;
