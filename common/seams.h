@@ -26,6 +26,9 @@ public:
     /// The open-file box. `filters` are entries of the kind "(*.xls)|*.xls"; the first is preselected.
     /// Returns the chosen path, "" when the user leaves the box.
     virtual std::string openFile(const std::vector<std::string> &filters) = 0;
+    /// The save-file box; it asks by itself before an existing file is replaced. `suggested` is a full path,
+    /// `filter` an entry as above, whose ending a name without one gets. Returns the chosen path or "".
+    virtual std::string saveFile(const std::string &suggested, const std::string &filter) = 0;
     /// An error that no procedure handles: number and sentence.
     virtual void runTimeError(const AppError &error) = 0;
 };

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 
 namespace ui {
@@ -54,6 +55,21 @@ QString fileFilter(const std::string &entry)
     return caption.contains(QLatin1Char('(')) ? caption : caption + QStringLiteral(" (%1)").arg(pattern);
 }
 
+void prepare(QFileDialog &box, const char *name)
+{
+    box.setObjectName(QLatin1String(name));
+    // Not the desktop's own box, which could neither be reached by name nor look the same everywhere.
+    box.setOption(QFileDialog::DontUseNativeDialog);
+}
+
+/// The file that the user chooses, or "".
+std::string choice(QFileDialog &box)
+{
+    if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty())
+        return {};
+    return typed(box.selectedFiles().constFirst());
+}
+
 } // namespace
 
 void QtDialogs::notice(const std::string &text, Icon icon, Title title)
@@ -75,17 +91,27 @@ std::string QtDialogs::openFile(const std::vector<std::string> &filters)
     if (m_shell.ended())
         return {};
     QFileDialog box(QApplication::activeWindow(), titleText(Title::Product));
-    box.setObjectName(QStringLiteral("openFile"));
-    // Not the desktop's own box, which could neither be reached by name nor look the same everywhere.
-    box.setOption(QFileDialog::DontUseNativeDialog);
+    prepare(box, "openFile");
     box.setFileMode(QFileDialog::ExistingFile);
     QStringList list;
     for (const std::string &entry : filters)
         list << fileFilter(entry);
     box.setNameFilters(list);
-    if (box.exec() != QDialog::Accepted || box.selectedFiles().isEmpty())
+    return choice(box);
+}
+
+std::string QtDialogs::saveFile(const std::string &suggested, const std::string &filter)
+{
+    if (m_shell.ended())
         return {};
-    return typed(box.selectedFiles().constFirst());
+    const QFileInfo proposal(shown(suggested));
+    QFileDialog box(QApplication::activeWindow(), titleText(Title::Product), proposal.path());
+    prepare(box, "saveFile");
+    box.setAcceptMode(QFileDialog::AcceptSave);
+    box.setNameFilter(fileFilter(filter));
+    box.setDefaultSuffix(shown(filter).section(QLatin1String("*."), -1));
+    box.selectFile(proposal.fileName());
+    return choice(box);
 }
 
 void QtDialogs::runTimeError(const AppError &error)

@@ -4,6 +4,7 @@
 #include "tests/support/in_modal.h"
 
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QTemporaryDir>
 
@@ -18,7 +19,7 @@ private slots:
     void questionIsAnsweredByKeys();
     void titlesAndIcons();
     void errorShowsNumberAndSentence();
-    void fileBoxOffersTheFirstFilter();
+    void fileBoxesAskForAName();
     void noBoxComesUpAfterTheEnd();
     void startedProgramRunsInItsFolder();
 
@@ -79,7 +80,7 @@ void BoxesTest::errorShowsNumberAndSentence()
         [](QMessageBox &box) { QCOMPARE(box.text(), u"Run-time error '6':\n\nToo large."_s); });
 }
 
-void BoxesTest::fileBoxOffersTheFirstFilter()
+void BoxesTest::fileBoxesAskForAName()
 {
     const QTemporaryDir folder;
     QFile file(folder.filePath(u"order.xls"_s));
@@ -100,6 +101,17 @@ void BoxesTest::fileBoxOffersTheFirstFilter()
     inModal<QFileDialog>([&] { path = m_dialogs.openFile({"(*.xls)|*.xls"}); },
                          [](QFileDialog &box) { QTest::keyClick(&box, Qt::Key_Escape); });
     QCOMPARE(path, std::string());
+
+    const std::string suggested = folder.filePath(u"Order 25.pdf"_s).toStdString();
+    const auto saved = [&] { path = m_dialogs.saveFile(suggested, "PDF files (*.pdf)|*.pdf"); };
+    const auto accept = [](QFileDialog &box) { QMetaObject::invokeMethod(&box, "accept"); };
+    inModal<QFileDialog>(saved, accept);
+    QCOMPARE(path, suggested);
+    inModal<QFileDialog>(saved, [&](QFileDialog &box) {
+        box.findChild<QLineEdit *>()->setText(u"mine"_s);
+        accept(box);
+    });
+    QCOMPARE(path, folder.filePath(u"mine.pdf"_s).toStdString());
 }
 
 void BoxesTest::noBoxComesUpAfterTheEnd()

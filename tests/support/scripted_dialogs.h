@@ -32,6 +32,13 @@ public:
         return fileToOpen;
     }
 
+    std::string saveFile(const std::string &suggested, const std::string &filter) override
+    {
+        suggestedFile = suggested;
+        askedFilters = {filter};
+        return fileToSave;
+    }
+
     void runTimeError(const AppError &error) override
     {
         errors << static_cast<int>(error.number());
@@ -47,6 +54,8 @@ public:
     Icon lastIcon = Icon::None;
     Title lastTitle = Title::Product;
     std::string fileToOpen;
+    std::string fileToSave;
+    std::string suggestedFile;
     std::vector<std::string> askedFilters;
 
 private:
