@@ -1,8 +1,9 @@
 // The tables that this system reads and writes, as data: by database, with columns, types and indexes.
 //
 // The dealership's own databases are made and kept by its accounting application; the program never creates a
-// table. These descriptions are what the sample dealership and the tests build their databases from. They
-// name only the columns that the system uses: real files may hold more.
+// table. These descriptions are what velk-setup makes a workstation's two databases from and holds the others
+// against, and what the sample dealership and the tests are built from. They name only the columns that the
+// system uses: real files may hold more.
 #pragma once
 
 #include "data/jet/types.h"

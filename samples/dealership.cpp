@@ -2,6 +2,7 @@
 
 #include "common/errors.h"
 #include "data/schema.h"
+#include "data/schema_files.h"
 #include "samples/company.h"
 #include "samples/row_writer.h"
 #include "samples/year_database.h"
@@ -66,6 +67,7 @@ private:
     void makeSubsidiary(int number) const;
     void makeYears(int number) const;
     [[nodiscard]] std::unique_ptr<jet::Database> create(const fs::path &file) const;
+    [[nodiscard]] jet::CreateOptions createOptions() const;
     void report(const fs::path &file) const;
     [[nodiscard]] fs::path database(const std::string &code) const
     {
@@ -125,9 +127,14 @@ void Maker::makeServerFiles() const
 
 std::unique_ptr<jet::Database> Maker::create(const fs::path &file) const
 {
-    return jet::Database::create(file.string(), {.version = m_options.format,
-                                                 .password = std::string(data::schema::kPassword),
-                                                 .created = toDate(m_options.date)});
+    return jet::Database::create(file.string(), createOptions());
+}
+
+jet::CreateOptions Maker::createOptions() const
+{
+    return {.version = m_options.format,
+            .password = std::string(data::schema::kPassword),
+            .created = toDate(m_options.date)};
 }
 
 void Maker::report(const fs::path &file) const
@@ -153,11 +160,7 @@ void Maker::makeSerPath() const
 void Maker::makeLayouts() const
 {
     const fs::path file = m_work / "program" / "Layouts.mdb";
-    const auto opened = create(file);
-    jet::ChangeScope scope(*opened, jet::Durability::Lazy);
-    for (const jet::TableSpec &spec : data::schema::layoutsTables())
-        opened->createTable(spec);
-    scope.commit();
+    data::makeDatabase(file.string(), data::schema::layoutsTables(), createOptions());
     report(file);
 }
 
