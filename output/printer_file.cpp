@@ -1,11 +1,10 @@
 #include "output/printer_file.h"
 
+#include "common/encoding.h"
 #include "common/errors.h"
-#include "common/format.h"
 #include "data/paths.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <system_error>
@@ -14,34 +13,12 @@ namespace output {
 
 namespace {
 
-/// Characters of the bytes 0x80 to 0x9F. The five bytes without a character of their own stand for the
-/// control character of the same number, as they do in the databases.
-constexpr std::array<char32_t, 32> kHighControls = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
 char byteOf(char32_t character)
 {
     if (character < 0x80 || (character >= 0xA0 && character <= 0xFF))
         return static_cast<char>(character);
-    const auto found = std::find(kHighControls.begin(), kHighControls.end(), character);
-    return found == kHighControls.end() ? '?' : static_cast<char>(0x80 + (found - kHighControls.begin()));
-}
-
-/// The code point of one UTF-8 sequence. What is no such sequence gives a character that no printer has.
-char32_t decoded(std::string_view sequence)
-{
-    const auto byte = [sequence](std::size_t at) { return static_cast<std::uint8_t>(sequence[at]); };
-    if (byte(0) < 0x80)
-        return byte(0);
-    const std::size_t length = byte(0) >= 0xF0 ? 4 : byte(0) >= 0xE0 ? 3 : byte(0) >= 0xC0 ? 2 : 0;
-    if (length == 0 || length != sequence.size())
-        return 0xFFFD;
-    char32_t character = byte(0) & (0x7FU >> length);
-    for (std::size_t at = 1; at < length; ++at)
-        character = (character << 6) | (byte(at) & 0x3FU);
-    return character;
+    const auto found = std::find(kWindows1252.begin(), kWindows1252.end(), character);
+    return found == kWindows1252.end() ? '?' : static_cast<char>(0x80 + (found - kWindows1252.begin()));
 }
 
 } // namespace
@@ -89,12 +66,20 @@ void PrinterFile::requireGood()
 std::string printerBytes(std::string_view text)
 {
     std::string bytes;
-    while (!text.empty()) {
-        const std::string_view character = firstCharacters(text, 1);
-        bytes += byteOf(decoded(character));
-        text.remove_prefix(character.size());
-    }
+    for (std::size_t at = 0; at < text.size();)
+        bytes += byteOf(nextUtf8(text, at));
     return bytes;
+}
+
+std::string printedText(std::string_view bytes)
+{
+    std::string text;
+    for (const char byte : bytes) {
+        const auto number = static_cast<std::uint8_t>(byte);
+        const bool high = number >= 0x80 && number < 0xA0;
+        appendUtf8(text, high ? kWindows1252[number - 0x80U] : number);
+    }
+    return text;
 }
 
 } // namespace output

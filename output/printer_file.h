@@ -26,5 +26,7 @@ private:
 
 /// UTF-8 text as the printer's Windows-1252 bytes; "?" for a character that has no place there.
 [[nodiscard]] std::string printerBytes(std::string_view text);
+/// The other way round: Windows-1252 bytes as UTF-8 text.
+[[nodiscard]] std::string printedText(std::string_view bytes);
 
 } // namespace output

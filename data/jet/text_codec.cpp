@@ -1,19 +1,12 @@
 #include "data/jet/text_codec.h"
 
+#include "common/encoding.h"
+
 #include <algorithm>
 #include <iconv.h>
 
 namespace jet {
 namespace {
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-/// Characters of code page 1252 at bytes 80 to 9F. The five bytes without a character keep their number, so
-/// that text reads and writes back unchanged.
-constexpr std::array<char32_t, 32> kWindows1252{
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 /// A conversion between two encodings of the C library, closed at the end.
 class Converter
@@ -181,45 +174,6 @@ void appendUnit(Bytes &out, char16_t unit)
 }
 
 } // namespace
-
-void appendUtf8(std::string &out, char32_t character)
-{
-    const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
-    if (character < 0x80) {
-        put(character);
-    } else if (character < 0x800) {
-        put(0xC0 | character >> 6);
-        put(0x80 | (character & 0x3F));
-    } else if (character < 0x10000) {
-        put(0xE0 | character >> 12);
-        put(0x80 | (character >> 6 & 0x3F));
-        put(0x80 | (character & 0x3F));
-    } else {
-        put(0xF0 | character >> 18);
-        put(0x80 | (character >> 12 & 0x3F));
-        put(0x80 | (character >> 6 & 0x3F));
-        put(0x80 | (character & 0x3F));
-    }
-}
-
-char32_t nextUtf8(std::string_view text, std::size_t &at)
-{
-    const auto byteAt = [text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
-    const std::uint8_t first = byteAt(at++);
-    if (first < 0x80)
-        return first;
-    const std::size_t more = first >= 0xF0 ? 3 : first >= 0xE0 ? 2 : first >= 0xC2 ? 1 : 0;
-    if (more == 0 || first > 0xF4 || more > text.size() - at)
-        return kReplacement;
-    char32_t character = first & (0x3FU >> more);
-    for (std::size_t i = 0; i < more; ++i) {
-        if ((byteAt(at + i) & 0xC0) != 0x80)
-            return kReplacement;
-        character = character << 6 | (byteAt(at + i) & 0x3FU);
-    }
-    at += more;
-    return character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF) ? kReplacement : character;
-}
 
 std::u16string toUtf16(std::string_view text)
 {

@@ -44,10 +44,6 @@ private:
         m_bytes; ///< the same the other way, sorted; ASCII left out
 };
 
-/// Appends a code point as UTF-8.
-void appendUtf8(std::string &out, char32_t character);
-/// Takes the code point at `at` off a UTF-8 text; U+FFFD for a byte that begins none.
-[[nodiscard]] char32_t nextUtf8(std::string_view text, std::size_t &at);
 [[nodiscard]] std::u16string toUtf16(std::string_view text);
 
 } // namespace jet
