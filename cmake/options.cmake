@@ -8,6 +8,11 @@ target_compile_definitions(spares_options INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_
     $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 target_include_directories(spares_options INTERFACE ${PROJECT_SOURCE_DIR})
 
+# Damaged files are read here: what is handed out checks its buffers and cannot have its jump tables overwritten.
+target_compile_options(spares_options INTERFACE $<$<CONFIG:RelWithDebInfo>:-fstack-protector-strong>)
+target_compile_definitions(spares_options INTERFACE $<$<CONFIG:RelWithDebInfo>:_FORTIFY_SOURCE=2>)
+target_link_options(spares_options INTERFACE -Wl,-z,relro,-z,now)
+
 option(SPARES_SANITIZE "Build everything with the address and undefined behaviour sanitizers" OFF)
 if(SPARES_SANITIZE)
     target_compile_options(spares_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all

@@ -2,15 +2,17 @@
 
 say() { printf '== %s\n' "$*"; }
 
-# Packages that build the program, and those that only the tests need.
+# Packages that build the program, those that only the tests need, and those of ./test --full.
 build_packages="g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsqlite3-dev unixodbc-dev libodbc2 odbcinst
 fonts-dejavu-core"
 test_packages="mdbtools poppler-utils clang-format"
+full_packages="clang-tidy dpkg-dev lintian appstream desktop-file-utils librsvg2-bin xvfb xauth x11-utils"
 
-# need_packages build|test: installs what is missing, as root or through sudo.
+# need_packages build|test|full: installs what is missing, as root or through sudo.
 need_packages() {
     wanted=$build_packages
-    [ "$1" = test ] && wanted="$build_packages $test_packages"
+    [ "$1" = build ] || wanted="$wanted $test_packages"
+    [ "$1" != full ] || wanted="$wanted $full_packages"
     missing=
     for package in $wanted; do
         dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
