@@ -110,7 +110,10 @@ void Print_Form(PrintContext &context, const PrintRequest &request)
 
 void Print_Order_As_Text(PrintContext &context)
 {
-    TextPrinter(context.session, context.conLayouts).writeOrder();
+    const bool written = TextPrinter(context.session, context.conLayouts).writeOrder();
+    // The picture of the paper is no part of the print: what goes wrong with it changes nothing.
+    if (written && context.showPaper)
+        attempt(context.showPaper);
     // Blank at the end: this is not the question that follows saving.
     if (context.dialogs.question("Do You Want Print "))
         attempt([&] { Send_To_Printer(context.shell, context.session.ServerPath, "LPT1", "dinn.txt"); });

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace output {
@@ -43,6 +44,8 @@ struct PrintContext
     Dialogs &dialogs;
     Shell &shell;
     ReportControl *rptOrder = nullptr; ///< null where no report engine is installed
+    /// Called when "dinn.txt" was written, before the question about sending it; may be empty.
+    std::function<void()> showPaper{};
 };
 
 /// The statement that reads an order with its lines, in the wanted order.
@@ -52,8 +55,8 @@ struct PrintContext
 /// throw.
 void Print_Form(PrintContext &context, const PrintRequest &request);
 
-/// Writes "dinn.txt" in the server folder from `StkOrd` and asks "Do You Want Print ". Failing statements are
-/// skipped.
+/// Writes "dinn.txt" in the server folder from `StkOrd`, shows it and asks "Do You Want Print ". Failing
+/// statements are skipped.
 void Print_Order_As_Text(PrintContext &context);
 
 /// Runs "PPrint.Bat" of a folder hidden, with folder, drive, port and file name.

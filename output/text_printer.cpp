@@ -49,12 +49,12 @@ std::string dashes()
     return std::string(kPageWidth, '-');
 }
 
-/// A field as text; one that cannot be read counts as empty.
-std::string textOf(const data::Recordset &row, const char *field)
+std::string textIn(const data::Recordset &row, const char *field)
 {
-    return attemptOr(std::string(), [&] { return Null_Str(row.field(field)); });
+    return Null_Str(row.field(field));
 }
 
+/// A rate or amount for comparing and adding; one that cannot be read is not greater than 0 and adds nothing.
 Currency amountOf(const data::Recordset &row, const char *field)
 {
     return attemptOr(Currency(), [&] { return Null_Cur(row.field(field)); });
@@ -77,6 +77,11 @@ std::string Field(std::string_view text, std::int32_t width, Align align, std::i
 std::string Money_Text(Currency value)
 {
     return Format_Num(value, 2, BlankIfZero::No, Grouping::None);
+}
+
+std::string printerFile(const Session &session)
+{
+    return session.ServerPath + "\\dinn.txt";
 }
 
 TextPrinter::TextPrinter(const Session &session, const data::Connection &conLayouts)
@@ -133,7 +138,7 @@ void TextPrinter::printTitle(std::string_view company, std::string_view town, st
 
 void TextPrinter::openFile()
 {
-    attempt([&] { m_file.open(m_session.ServerPath + "\\dinn.txt"); });
+    attempt([&] { m_file.open(printerFile(m_session)); });
     codes(kTenPerInch);
 }
 
@@ -147,10 +152,17 @@ void TextPrinter::printParty()
 
     codes(kDoubleWidthOn);
     cell(Field("To,", 25, Align::Left), kCondensed, LineEnd::No);
-    cell(Field("Ord.No. : " + textOf(order, "OrdNo"), 20, Align::Left), kCondensed, LineEnd::No);
-    cell(Field("Date : " + dateText(textOf(order, "Date")), 20, Align::Left), kCondensed, LineEnd::Yes);
+    // A cell whose field cannot be read is skipped with its control byte and its line end.
+    attempt([&] {
+        Write_Cell(Field("Ord.No. : " + textIn(order, "OrdNo"), 20, Align::Left), kCondensed, LineEnd::No);
+    });
+    attempt([&] {
+        Write_Cell(Field("Date : " + dateText(textIn(order, "Date")), 20, Align::Left), kCondensed,
+                   LineEnd::Yes);
+    });
     for (const char *field : {"SName", "Area", "Town"}) {
-        if (const std::string line = textOf(order, field); !line.empty())
+        const std::string line = attemptOr(std::string(), [&] { return textIn(order, field); });
+        if (!line.empty())
             cell(Field(line, 55, Align::Left), kCondensed, LineEnd::Yes);
     }
     codes(kDoubleWidthOff);
@@ -184,11 +196,18 @@ void TextPrinter::printBody()
 void TextPrinter::printLine(const data::Recordset &row, int serial)
 {
     const auto bodyCell = [this](std::string_view text) { cell(text, kNormalWidth, LineEnd::No); };
-    const std::string name = textOf(row, "ItemName");
+    // A cell whose field cannot be read is skipped whole: not even its blanks are printed.
+    const auto fieldCell = [&](const char *field, std::int32_t width, Align align,
+                               std::size_t characters = std::string::npos) {
+        attempt([&] {
+            const std::string text = textIn(row, field);
+            Write_Cell(Field(firstCharacters(text, characters), width, align), kNormalWidth, LineEnd::No);
+        });
+    };
     bodyCell(Field(std::to_string(serial), 6, Align::Centre));
-    bodyCell(Field(textOf(row, "ItemNo"), 18, Align::Left));
-    bodyCell(Field(firstCharacters(name, kNameCharacters), 26, Align::Left));
-    bodyCell(Field(textOf(row, "Qty"), 6, Align::Right));
+    fieldCell("ItemNo", 18, Align::Left);
+    fieldCell("ItemName", 26, Align::Left, kNameCharacters);
+    fieldCell("Qty", 6, Align::Right);
 
     const Currency rate = amountOf(row, "Rate");
     const Currency amount = amountOf(row, "Amount");
@@ -213,15 +232,17 @@ void TextPrinter::printEnd()
     attempt([&] { m_file.close(); });
 }
 
-void TextPrinter::writeOrder()
+bool TextPrinter::writeOrder()
 {
     m_total = Currency();
+    bool begun = false;
     const bool hasOrder = attemptOr(false, [&] {
         const data::Recordset order("Select * from StkOrd", m_layouts);
         return order.hasRows();
     });
     if (hasOrder) {
         openFile();
+        begun = m_file.isOpen();
         codes(kCancelLine);
         codes(kTwelveInchPage);
         attempt([&] { printTitle(m_session.ComName, m_session.Town, "", "Order Form"); });
@@ -234,6 +255,7 @@ void TextPrinter::writeOrder()
     // Without an order no file was opened: what follows fails, piece by piece and silently, and the file of
     // the previous print stays.
     printEnd();
+    return begun;
 }
 
 } // namespace output

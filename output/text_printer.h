@@ -30,14 +30,18 @@ enum class Align : std::int32_t { Left = 0, Right = 1, Centre = 2 };
 /// Two decimals, no grouping, never blank.
 [[nodiscard]] std::string Money_Text(Currency value);
 
+/// The printer file "dinn.txt" of a session, as the system writes paths.
+[[nodiscard]] std::string printerFile(const Session &session);
+
 class TextPrinter
 {
 public:
     TextPrinter(const Session &session, const data::Connection &conLayouts);
 
     /// Writes the order in `StkOrd` into "dinn.txt" of the server folder. Failing statements are skipped one
-    /// by one and nothing is reported. With an empty `StkOrd` the file stays as it was.
-    void writeOrder();
+    /// by one and nothing is reported. With an empty `StkOrd` the file stays as it was. True when the file
+    /// was begun anew.
+    bool writeOrder();
 
     /// Heading of a page. A third text takes the place of the title; an empty title leaves 60 blanks. Ends at
     /// the first error.

@@ -135,14 +135,19 @@ void PrintOrderTest::withoutRatesNeitherRateNorAmountIsCopied()
 void PrintOrderTest::textPrintingAsksTwiceAndStartsTheBatchFile()
 {
     Printing printing;
+    const std::string server = printing.dealer.folder() + "/server";
     printing.dialogs.answers << true << true;
+    printing.context.showPaper = [&] {
+        printing.dialogs.shown << QStringLiteral("paper");
+        QVERIFY(fileBytes(server + "/dinn.txt").endsWith('\f'));
+        throw FileError(ErrorNumber::FileNotFound, "No picture: the print goes on all the same.");
+    };
     Print_Form(printing.context, {25, "25", PrintOrder::None, false});
     QCOMPARE(
         printing.dialogs.takeShown(),
         QStringList() << QStringLiteral("Click - Yes For Dos Printing \r\nClick - No For Windows Printing")
-                      << QStringLiteral("Do You Want Print "));
+                      << QStringLiteral("paper") << QStringLiteral("Do You Want Print "));
     QCOMPARE(printing.dialogs.lastIcon, Dialogs::Icon::Question);
-    const std::string server = printing.dealer.folder() + "/server";
     QVERIFY(fileBytes(server + "/dinn.txt").startsWith("\x1bP\x18"));
     QCOMPARE(printing.shell.started.size(), std::size_t{1});
     const FakeShell::Command &command = printing.shell.started.front();
@@ -155,6 +160,7 @@ void PrintOrderTest::anOrderWithoutLinesStillAsksAndLeavesTheFile()
 {
     Printing printing;
     printing.dialogs.answers << true << false;
+    printing.context.showPaper = [] { QFAIL("there is nothing to show"); };
     Print_Form(printing.context, {404, "404", PrintOrder::None, true});
     QCOMPARE(printing.dialogs.shown.size(), 2);
     QCOMPARE(fileBytes(printing.dealer.folder() + "/server/dinn.txt"), QByteArray("no file"));

@@ -37,6 +37,7 @@ private slots:
     void oddities();
     void ninetyLinesNeedNoFormFeedBetweenThem();
     void anEmptyTableLeavesThePreviousFile();
+    void aFieldThatCannotBeReadSkipsItsCell();
     void anUnreachableServerIsSkipped();
     void titleVariants_data();
     void titleVariants();
@@ -114,6 +115,33 @@ void TextPrinterTest::anEmptyTableLeavesThePreviousFile()
     previous.write("yesterday's order");
     previous.close();
     QCOMPARE(printed(dealer), QByteArray("yesterday's order"));
+    QVERIFY(!TextPrinter(dealer.session, dealer.conLayouts).writeOrder());
+}
+
+/// A print table from before the columns `Date`, `Area`, `Town`, `ItemNo` and `Rate` were added.
+void TextPrinterTest::aFieldThatCannotBeReadSkipsItsCell()
+{
+    SmallDealership dealer;
+    jet::TableSpec table{.name = "StkOrd", .columns = {}, .indexes = {}};
+    for (const char *name : {"OrdNo", "SName", "ItemName", "Qty", "Amount"})
+        table.columns.push_back({.name = name});
+    const std::string file = dealer.folder() + "/program/Old.mdb";
+    TestDatabase(file, jet::Version::Jet3, {table})
+        .row("StkOrd",
+             {{"OrdNo", "25"}, {"SName", "SOUTHERN"}, {"ItemName", "BOLT"}, {"Qty", "3"}, {"Amount", "7.5"}});
+    data::Connection layouts;
+    layouts.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + file +
+                                ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
+    layouts.open();
+    QVERIFY(TextPrinter(dealer.session, layouts).writeOrder());
+    const QByteArrayList lines = visibleStream(fileBytes(dealer.folder() + "/server/dinn.txt")).split('\n');
+    // The line end that the date's cell would have written is missing too.
+    QCOMPARE(lines[7], QByteArray("<1B>W<01><0F>To,                      <0F>Ord.No. : 25        "
+                                  "<0F>SOUTHERN                                               <0D><0A>"));
+    QCOMPARE(
+        lines[12],
+        QByteArray(
+            "<12>     1<12>BOLT                      <12>     3<12>        <12>          7.50<1B>J<12>"));
 }
 
 void TextPrinterTest::anUnreachableServerIsSkipped()
