@@ -24,6 +24,21 @@ inline QByteArray visibleStream(const QByteArray &bytes)
     return text + '\n';
 }
 
+/// The stream that looks so.
+inline QByteArray streamOf(const QByteArray &visible)
+{
+    QByteArray bytes;
+    for (qsizetype at = 0; at < visible.size(); ++at) {
+        if (visible[at] == '<') {
+            bytes += QByteArray::fromHex(visible.sliced(at + 1, 2));
+            at += 3;
+        } else if (visible[at] != '\n') {
+            bytes += visible[at];
+        }
+    }
+    return bytes;
+}
+
 inline QByteArray fileBytes(const std::string &path)
 {
     QFile file(QString::fromStdString(path));
@@ -36,11 +51,16 @@ inline QByteArray golden(const char *name)
 }
 
 /// Compares line by line, so that a difference is shown where it is.
-inline void compareStream(const QByteArray &bytes, const QByteArray &expected)
+inline void compareLines(const QByteArray &text, const QByteArray &expected)
 {
-    const auto lines = visibleStream(bytes).split('\n');
+    const auto lines = text.split('\n');
     const auto wanted = expected.split('\n');
     for (qsizetype line = 0; line < std::min(lines.size(), wanted.size()); ++line)
         QCOMPARE(lines[line], wanted[line]);
     QCOMPARE(lines.size(), wanted.size());
+}
+
+inline void compareStream(const QByteArray &bytes, const QByteArray &expected)
+{
+    compareLines(visibleStream(bytes), expected);
 }
