@@ -37,6 +37,9 @@ enum class ErrorNumber : int {
     CorruptFile = 3343,        ///< bytes that cannot be what they should be, or no Access file at all
     DataSourceNotFound = 3146, ///< no ODBC data source of that name is registered
     InternalFault = 51,
+    SheetNotFound = 9,        ///< a workbook has no worksheet of the wanted name
+    SpreadsheetProgram = 429, ///< the spreadsheet program is missing, does not answer, or has ended
+    Workbook = 1004,          ///< a file is no workbook, is damaged, protected or in use
 };
 
 /// A failure with a number that code can test and a sentence that a storekeeper can read and act on.

@@ -4,18 +4,24 @@ say() { printf '== %s\n' "$*"; }
 
 # Packages that build the program, those that only the tests need, and those of ./test --full.
 build_packages="g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsqlite3-dev unixodbc-dev libodbc2 odbcinst
-fonts-dejavu-core"
-test_packages="mdbtools poppler-utils clang-format"
+fonts-dejavu-core libreoffice-dev"
+test_packages="mdbtools poppler-utils clang-format catdoc"
 full_packages="clang-tidy dpkg-dev lintian appstream desktop-file-utils librsvg2-bin xvfb xauth x11-utils"
+
+is_installed() {
+    dpkg-query -W -f '${Status}' "$1" 2>/dev/null | grep -q 'ok installed'
+}
 
 # need_packages build|test|full: installs what is missing, as root or through sudo.
 need_packages() {
     wanted=$build_packages
     [ "$1" = build ] || wanted="$wanted $test_packages"
     [ "$1" != full ] || wanted="$wanted $full_packages"
+    # Either of the two runs the spreadsheets; a workstation keeps the one that it has.
+    is_installed libreoffice-calc || wanted="$wanted libreoffice-calc-nogui"
     missing=
     for package in $wanted; do
-        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+        is_installed "$package" || missing="$missing $package"
     done
     [ -z "$missing" ] && return 0
     say "Installing$missing"

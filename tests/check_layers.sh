@@ -23,6 +23,7 @@ for file in $(git ls-files '*.cpp' '*.h' | grep -v '^tests/\|^bench/'); do
         forms/*) folder=forms ;;
         app/*) folder=app ;;
         data/jet/*) folder=data/jet ;;
+        output/*) folder=output ;;
     esac
     # The database helpers of common/ stand on the connections; nothing low includes them.
     case $file in common/db.h | common/db.cpp) folder=orders ;; esac
@@ -30,7 +31,7 @@ for file in $(git ls-files '*.cpp' '*.h' | grep -v '^tests/\|^bench/'); do
     for target in $(sed -n 's|^#include "\([^"]*/[^"]*\)".*|\1|p' "$file"); do
         [ "$target" = app/session.h ] && continue
         into=${target%/*}
-        case $into in forms/*) into=forms ;; app/*) into=app ;; data/jet/*) into=data/jet ;; esac
+        case $into in forms/*) into=forms ;; app/*) into=app ;; data/jet/*) into=data/jet ;; output/*) into=output ;; esac
         case " $folder $allowed " in
             *" $into "*) ;;
             *)

@@ -1,0 +1,150 @@
+#include "output/libreoffice/office_folder.h"
+
+#include "common/errors.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <system_error>
+#include <unistd.h>
+#include <vector>
+
+namespace output {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder is made under the second name and gets the first once it is locked.
+constexpr const char *kPrefix = "velk-office-";
+constexpr const char *kMadePrefix = "velk-newoffice-";
+
+std::vector<fs::path> places()
+{
+    std::vector<fs::path> found;
+    std::error_code error;
+    if (const fs::path usual = fs::temp_directory_path(error); !error)
+        found.push_back(usual);
+    found.emplace_back("/tmp");
+    found.emplace_back("/var/tmp");
+    for (const char *variable : {"XDG_RUNTIME_DIR", "HOME"}) {
+        if (const char *path = std::getenv(variable); path && *path == '/')
+            found.emplace_back(path);
+    }
+    return found;
+}
+
+/// A descriptor that holds the folder's lock, -1 when another has it.
+int lockFolder(const fs::path &folder)
+{
+    const int opened = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (opened >= 0 && ::flock(opened, LOCK_EX | LOCK_NB) != 0) {
+        ::close(opened);
+        return -1;
+    }
+    return opened;
+}
+
+bool isOwn(const fs::path &path)
+{
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 && status.st_uid == ::getuid();
+}
+
+void removeLeftFolders(const fs::path &place)
+{
+    std::error_code error;
+    for (fs::directory_iterator entry(place, error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        if (!entry->path().filename().string().starts_with(kPrefix) || !isOwn(entry->path()))
+            continue;
+        if (const int lock = lockFolder(entry->path()); lock >= 0) {
+            std::error_code ignored; // What cannot be removed now is tried again next time.
+            fs::remove_all(entry->path(), ignored);
+            ::close(lock);
+        }
+    }
+}
+
+bool answers(const fs::path &socketFile)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string name = socketFile.string();
+    if (name.size() >= sizeof address.sun_path)
+        return true;
+    std::memcpy(address.sun_path, name.c_str(), name.size() + 1);
+    const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const bool refused =
+        ::connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 &&
+        errno == ECONNREFUSED;
+    ::close(probe);
+    return !refused;
+}
+
+/// An office that was killed leaves its sockets, which it makes in /tmp always.
+void removeDeadSockets()
+{
+    const std::string own = "OSL_PIPE_" + std::to_string(::getuid()) + "_";
+    std::error_code error;
+    for (fs::directory_iterator entry("/tmp", error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        const bool ours = name.starts_with(own + kPrefix) || name.starts_with(own + "SingleOfficeIPC_");
+        if (ours && isOwn(entry->path()) && !answers(entry->path())) {
+            std::error_code ignored;
+            fs::remove(entry->path(), ignored);
+        }
+    }
+}
+
+} // namespace
+
+OfficeFolder::OfficeFolder()
+{
+    removeDeadSockets();
+    for (const fs::path &place : places())
+        removeLeftFolders(place);
+    for (const fs::path &place : places()) {
+        std::string made = place / (std::string(kMadePrefix) + "XXXXXX");
+        if (!::mkdtemp(made.data()))
+            continue;
+        m_lock = lockFolder(made);
+        const std::string number = made.substr(made.size() - std::strlen("XXXXXX"));
+        m_path = place / (kPrefix + number);
+        std::error_code error;
+        fs::rename(made, m_path, error);
+        if (!error)
+            fs::create_directory(temporary(), error);
+        if (!error)
+            return;
+        fs::remove_all(made, error);
+    }
+    throw FileError(ErrorNumber::PathAccess,
+                    "The spreadsheet program needs a folder for its temporary files, "
+                    "and none can be made. Is the disk full?");
+}
+
+OfficeFolder::~OfficeFolder()
+{
+    std::error_code ignored; // The next start removes what is left.
+    fs::remove_all(m_path, ignored);
+    ::close(m_lock);
+}
+
+std::string OfficeFolder::pipeName() const
+{
+    return fs::path(m_path).filename().string();
+}
+
+bool isOfficeFolder(std::string_view path)
+{
+    return path.find(std::string("/") + kPrefix) != std::string_view::npos;
+}
+
+} // namespace output

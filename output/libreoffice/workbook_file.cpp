@@ -1,0 +1,85 @@
+#include "output/libreoffice/workbook_file.h"
+
+#include "common/errors.h"
+#include "output/libreoffice/office_folder.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+#include <unistd.h>
+
+namespace output {
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::string_view_literals;
+
+constexpr std::string_view kCompoundFile = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv;
+constexpr std::string_view kZip = "PK\x03\x04"sv;
+/// An OpenDocument file begins with an uncompressed entry of this name and content.
+constexpr std::string_view kOpenDocument = "mimetypeapplication/vnd.oasis.opendocument.spreadsheet"sv;
+constexpr std::size_t kEntryName = 30; ///< offset of the first entry's name in a zip file
+
+std::string firstBytes(const std::string &file)
+{
+    std::error_code error;
+    const auto status = fs::status(file, error);
+    if (status.type() == fs::file_type::not_found)
+        throw FileError(ErrorNumber::FileNotFound, "The file " + file + " does not exist.");
+    std::ifstream stream(file, std::ios::binary);
+    std::array<char, 128> bytes{};
+    if (status.type() != fs::file_type::regular || !stream) {
+        const std::string reason = fs::is_directory(status) ? "it is a folder" : std::strerror(errno);
+        throw FileError(ErrorNumber::PathAccess, "The file " + file + " cannot be opened: " + reason + ".");
+    }
+    stream.read(bytes.data(), bytes.size());
+    return {bytes.data(), static_cast<std::size_t>(stream.gcount())};
+}
+
+std::string machineName()
+{
+    std::array<char, 256> name{};
+    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+} // namespace
+
+WorkbookKind workbookKind(const std::string &file)
+{
+    const std::string bytes = firstBytes(file);
+    if (bytes.starts_with(kCompoundFile))
+        return WorkbookKind::Excel97;
+    if (bytes.starts_with(kZip)) {
+        return std::string_view(bytes).substr(std::min(kEntryName, bytes.size())).starts_with(kOpenDocument)
+                   ? WorkbookKind::OpenDocument
+                   : WorkbookKind::Excel2007;
+    }
+    throw AppError(ErrorNumber::Workbook,
+                   "The file " + file +
+                       (bytes.empty() ? " is empty." : " is not a spreadsheet, whatever its name says."));
+}
+
+void removeStaleLock(const std::string &file)
+{
+    const fs::path path(file);
+    const fs::path mark = path.parent_path() / (".~lock." + path.filename().string() + "#");
+    std::ifstream stream(mark);
+    std::string content;
+    std::getline(stream, content);
+    // Fields: name, system user, machine, time, the office's own folder as a URL.
+    const std::size_t from = content.find("file://");
+    if (from == std::string::npos || content.find("," + machineName() + ",") == std::string::npos)
+        return;
+    std::string folder = content.substr(from + std::strlen("file://"));
+    folder.resize(std::min(folder.find(';'), folder.size()));
+    std::error_code error;
+    if (isOfficeFolder(folder) && !fs::exists(fs::path(folder), error))
+        fs::remove(mark, error);
+}
+
+} // namespace output
