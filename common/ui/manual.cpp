@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QPointer>
@@ -13,7 +14,7 @@ namespace ui {
 
 namespace {
 
-constexpr QSize kUsualSize(860, 700);
+constexpr QSize kUsualSize(1020, 740);
 
 /// A browser of our own: a workstation for orders has no need of another one.
 class ManualWindow : public QDialog
@@ -40,6 +41,9 @@ ManualWindow::ManualWindow(QWidget *parent)
     m_text->setAccessibleName(tr("Page of the manual"));
     m_text->setOpenExternalLinks(false);
     m_text->document()->setDocumentMargin(16);
+    // The browser widget does not follow a page's link to its style sheet.
+    if (QFile style(manualFolder() + QStringLiteral("/manual.css")); style.open(QIODevice::ReadOnly))
+        m_text->document()->setDefaultStyleSheet(QString::fromUtf8(style.readAll()));
 
     auto *row = new QHBoxLayout;
     QPushButton *contents = addButton(row, "manualContents", tr("C&ontents"));
