@@ -1,7 +1,6 @@
 // The grid's cells, rows and headings, and the row helpers that work on it.
-#include <QTest>
-
 #include "common/text_grid.h"
+#include "tests/support/outcome.h"
 
 namespace {
 
@@ -56,11 +55,11 @@ class TextGridTest : public QObject
 
 private slots:
     void removedRowsCloseUp_data();
-    void removedRowsCloseUp();
+    void removedRowsCloseUp() { compareOutcome(); }
     void theOnlyLineIsEmptiedAndNumbered();
     void coloursStayInTheirPlace();
     void formatStrings_data();
-    void formatStrings();
+    void formatStrings() { compareOutcome(); }
     void clearingKeepsRowsAndHeadings();
     void filledRowsLeaveOutTheEntryRow();
     void listenersHearWhatHappened();
@@ -69,28 +68,18 @@ private slots:
 
 void TextGridTest::removedRowsCloseUp_data()
 {
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("lastColumn");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("first") << 1 << 2 << QStringLiteral("2.0 2.1 2.2:200|3.0 3.1 3.2:300");
-    QTest::newRow("middle") << 2 << 2 << QStringLiteral("1.0 1.1 1.2:100|3.0 3.1 3.2:300");
-    QTest::newRow("last") << 3 << 2 << QStringLiteral("1.0 1.1 1.2:100|2.0 2.1 2.2:200");
-    QTest::newRow("columns behind the last one stay")
-        << 1 << 1 << QStringLiteral("2.0 2.1 1.2:200|3.0 3.1 2.2:300");
-    QTest::newRow("heading row") << 0 << 2
-                                 << QStringLiteral("1.0 1.1 1.2:100|2.0 2.1 2.2:200|3.0 3.1 3.2:300");
-    QTest::newRow("no such row") << 4 << 2
-                                 << QStringLiteral("1.0 1.1 1.2:100|2.0 2.1 2.2:200|3.0 3.1 3.2:300");
-}
-
-void TextGridTest::removedRowsCloseUp()
-{
-    QFETCH(int, row);
-    QFETCH(int, lastColumn);
-    TextGrid grid = numbered(3);
-    Del_Row(grid, lastColumn, static_cast<std::int16_t>(row));
-    QTEST(contents(grid), "expected");
+    const OutcomeRows row;
+    const auto without = [](std::int16_t removed, int lastColumn) {
+        TextGrid grid = numbered(3);
+        Del_Row(grid, lastColumn, removed);
+        return contents(grid);
+    };
+    row("first", without(1, 2), "2.0 2.1 2.2:200|3.0 3.1 3.2:300");
+    row("middle", without(2, 2), "1.0 1.1 1.2:100|3.0 3.1 3.2:300");
+    row("last", without(3, 2), "1.0 1.1 1.2:100|2.0 2.1 2.2:200");
+    row("columns behind the last one stay", without(1, 1), "2.0 2.1 1.2:200|3.0 3.1 2.2:300");
+    row("heading row", without(0, 2), "1.0 1.1 1.2:100|2.0 2.1 2.2:200|3.0 3.1 3.2:300");
+    row("no such row", without(4, 2), "1.0 1.1 1.2:100|2.0 2.1 2.2:200|3.0 3.1 3.2:300");
 }
 
 void TextGridTest::theOnlyLineIsEmptiedAndNumbered()
@@ -111,38 +100,24 @@ void TextGridTest::coloursStayInTheirPlace()
 
 void TextGridTest::formatStrings_data()
 {
-    QTest::addColumn<int>("columns");
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<QStringList>("headings"); // alignment, width, text
-
-    QTest::newRow("three alignments")
-        << 1 << QStringLiteral("^Sl.No.  |<Part Name   |>Rate      |")
-        << QStringList{QStringLiteral("1,8,Sl.No."), QStringLiteral("0,12,Part Name"),
-                       QStringLiteral("2,10,Rate")};
-    QTest::newRow("empty columns that exist")
-        << 4 << QStringLiteral("<A|^Qty.  ||")
-        << QStringList{QStringLiteral("0,1,A"), QStringLiteral("1,6,Qty."), QStringLiteral("0,0,"),
-                       QStringLiteral("0,0,")};
-    QTest::newRow("columns behind stay")
-        << 3 << QStringLiteral("<A")
-        << QStringList{QStringLiteral("0,1,A"), QStringLiteral("0,0,"), QStringLiteral("0,0,")};
-}
-
-void TextGridTest::formatStrings()
-{
-    QFETCH(int, columns);
-    QFETCH(QString, format);
-    TextGrid grid(columns);
-    grid.setFormatString(format.toStdString());
-    QStringList headings;
-    for (int column = 0; column < grid.columns(); ++column) {
-        const TextGrid::Heading &heading = grid.heading(column);
-        headings << QStringLiteral("%1,%2,%3")
-                        .arg(static_cast<int>(heading.alignment))
-                        .arg(heading.widthInCharacters)
-                        .arg(QString::fromStdString(heading.text));
-    }
-    QTEST(headings, "headings");
+    const OutcomeRows row;
+    const auto headings = [](int columns, const char *format) {
+        TextGrid grid(columns);
+        grid.setFormatString(format);
+        QStringList all; // alignment, width, text
+        for (int column = 0; column < grid.columns(); ++column) {
+            const TextGrid::Heading &heading = grid.heading(column);
+            all << QStringLiteral("%1,%2,%3")
+                       .arg(static_cast<int>(heading.alignment))
+                       .arg(heading.widthInCharacters)
+                       .arg(QString::fromStdString(heading.text));
+        }
+        return all.join(QLatin1Char('|'));
+    };
+    row("three alignments", headings(1, "^Sl.No.  |<Part Name   |>Rate      |"),
+        "1,8,Sl.No.|0,12,Part Name|2,10,Rate");
+    row("empty columns that exist", headings(4, "<A|^Qty.  ||"), "0,1,A|1,6,Qty.|0,0,|0,0,");
+    row("columns behind stay", headings(3, "<A"), "0,1,A|0,0,|0,0,");
 }
 
 void TextGridTest::clearingKeepsRowsAndHeadings()

@@ -1,8 +1,8 @@
 // From the paths that the system writes to files of this machine.
-#include <QTemporaryDir>
-#include <QTest>
-
 #include "data/paths.h"
+#include "tests/support/outcome.h"
+
+#include <QTemporaryDir>
 
 #include <filesystem>
 #include <fstream>
@@ -24,22 +24,21 @@ class PathsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
+    void initTestCase();
     void namesAreMatched_data();
-    void namesAreMatched();
+    void namesAreMatched() { compareOutcome(); }
     void placesOfOtherSystemsAreUnreachable();
     void foldersThatCannotBeEnteredAreUnreachable();
     void aFolderIsNoFile();
 
 private:
-    std::unique_ptr<QTemporaryDir> m_folder;
+    QTemporaryDir m_folder;
     std::string m_root;
 };
 
-void PathsTest::init()
+void PathsTest::initTestCase()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_root = m_folder->path().toStdString();
+    m_root = m_folder.path().toStdString();
     touch(m_root + "/DataBas/Main.mdb");
     touch(m_root + "/DataBas/y26.mdb");
     touch(m_root + "/DataBas/Y26.mdb");
@@ -50,33 +49,19 @@ void PathsTest::init()
 
 void PathsTest::namesAreMatched_data()
 {
-    QTest::addColumn<QString>("written");
-    QTest::addColumn<QString>("mapped");
-
-    QTest::newRow("exact") << QStringLiteral("\\DataBas\\Main.mdb") << QStringLiteral("/DataBas/Main.mdb");
-    QTest::newRow("other case in every part")
-        << QStringLiteral("\\databas\\MAIN.MDB") << QStringLiteral("/DataBas/Main.mdb");
-    QTest::newRow("both kinds of separator")
-        << QStringLiteral("/Databas\\main.mdb") << QStringLiteral("/DataBas/Main.mdb");
-    QTest::newRow("exact name before others")
-        << QStringLiteral("\\Databas\\y26.mdb") << QStringLiteral("/DataBas/y26.mdb");
-    QTest::newRow("two that differ in case, neither exact")
-        << QStringLiteral("\\Databas\\Z26.mdb") << QStringLiteral("/DataBas/Z26.mdb");
-    QTest::newRow("no such file") << QStringLiteral("\\Databas\\None.mdb")
-                                  << QStringLiteral("/DataBas/None.mdb");
-    QTest::newRow("no such folder") << QStringLiteral("\\None\\Main.mdb") << QStringLiteral("/None/Main.mdb");
-    QTest::newRow("letters outside ASCII")
-        << QStringLiteral("\\FÜRTH\\Straße.mdb") << QStringLiteral("/Fürth/straße.mdb");
-    QTest::newRow("up again") << QStringLiteral("\\databas\\..\\databas\\main.mdb")
-                              << QStringLiteral("/DataBas/../DataBas/Main.mdb");
-}
-
-void PathsTest::namesAreMatched()
-{
-    QFETCH(QString, written);
-    QFETCH(QString, mapped);
-    QCOMPARE(QString::fromStdString(data::localPath(m_root + written.toStdString())),
-             QString::fromStdString(m_root) + mapped);
+    const OutcomeRows row;
+    const auto mapped = [this](const char *path) {
+        return outcome([=, this] { return data::localPath(m_root + path).substr(m_root.size()); });
+    };
+    row("exact", mapped("\\DataBas\\Main.mdb"), "/DataBas/Main.mdb");
+    row("other case in every part", mapped("\\databas\\MAIN.MDB"), "/DataBas/Main.mdb");
+    row("both kinds of separator", mapped("/Databas\\main.mdb"), "/DataBas/Main.mdb");
+    row("exact name before others", mapped("\\Databas\\y26.mdb"), "/DataBas/y26.mdb");
+    row("two that differ in case, neither exact", mapped("\\Databas\\Z26.mdb"), "/DataBas/Z26.mdb");
+    row("no such file", mapped("\\Databas\\None.mdb"), "/DataBas/None.mdb");
+    row("no such folder", mapped("\\None\\Main.mdb"), "/None/Main.mdb");
+    row("letters outside ASCII", mapped("\\FÜRTH\\Straße.mdb"), "/Fürth/straße.mdb");
+    row("up again", mapped("\\databas\\..\\databas\\main.mdb"), "/DataBas/../DataBas/Main.mdb");
 }
 
 void PathsTest::placesOfOtherSystemsAreUnreachable()
