@@ -1,9 +1,22 @@
 #include "app/program.h"
 
+#include "common/ui/waiting.h"
 #include "forms/frmOrd/frmOrd.h"
 
+namespace {
+
+output::LibreOffice::Settings officeSettings()
+{
+    output::LibreOffice::Settings settings;
+    settings.meanwhile = ui::keepPainting;
+    return settings;
+}
+
+} // namespace
+
 Program::Program(Dialogs &dialogs, Clock &clock, Shell &shell, const std::string &folder)
-    : m_context{m_session, m_connections, dialogs, clock, shell, folder}
+    : m_office(officeSettings())
+    , m_context{m_session, m_connections, dialogs, clock, shell, folder, &m_office}
 {}
 
 void Program::start()

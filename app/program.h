@@ -8,6 +8,7 @@
 #include "forms/context.h"
 #include "forms/frmPass/frmPass.h"
 #include "forms/frmStart/frmStart.h"
+#include "output/libreoffice/libreoffice.h"
 
 #include <memory>
 #include <string>
@@ -29,6 +30,7 @@ private:
 
     Session m_session;
     data::Connections m_connections;
+    output::LibreOffice m_office;
     forms::Context m_context;
     // The forms outlive their own end: each is still in a handler when it brings up the next.
     std::unique_ptr<frmPass> m_frmPass;

@@ -4,6 +4,7 @@
 #include "app/session.h"
 #include "common/seams.h"
 #include "data/session_connections.h"
+#include "output/spreadsheet.h"
 
 namespace forms {
 
@@ -15,6 +16,7 @@ struct Context
     Clock &clock;
     Shell &shell;
     std::string programFolder;
+    output::Spreadsheets *spreadsheets = nullptr; ///< must outlive the forms
 
     [[nodiscard]] data::Environment environment() const
     {

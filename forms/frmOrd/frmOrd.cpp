@@ -84,6 +84,8 @@ void frmOrd::Form_Load()
     setWindowTitle(tr(" Spares Order Form")); // The blank at the front belongs to the caption.
     Disp_Set();
     m_ui->Timer1->start(kTimerMs);
+    if (m_context.spreadsheets)
+        m_context.spreadsheets->prepare();
 }
 
 void frmOrd::Form_Activate()
@@ -253,16 +255,6 @@ void frmOrd::cmdSup_Click()
     m_ui->txtPlace->setText(ledger("Town"));
 }
 
-void frmOrd::cmdXls_Click()
-{
-    dialogs().notice(ui::typed(tr("This version cannot write orders to spreadsheets.")));
-}
-
-void frmOrd::cmdImp_Click()
-{
-    dialogs().notice(ui::typed(tr("This version cannot read orders from spreadsheets.")));
-}
-
 void frmOrd::cmdExit_Click()
 {
     // What goes wrong with the data sources is told; it must not keep the user in the program.
@@ -321,6 +313,8 @@ void frmOrd::closeEvent(QCloseEvent *event)
     }
     m_ui->Timer1->stop();
     ui::guarded(this, [this] { D_Dsn(); });
+    if (m_context.spreadsheets)
+        m_context.spreadsheets->end();
     QWidget::closeEvent(event);
 }
 

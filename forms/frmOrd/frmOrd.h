@@ -6,20 +6,23 @@
 // rights, and always with an empty form. The form reads its controls, calls the procedures of orders/ and
 // output/ and shows the results; the lines live in a TextGrid that the grid control shows.
 //
-// The class is spread over four sources: frmOrd.cpp (modes, supplier, periods, leaving), frmOrd_grid.cpp
-// (lines and cell editor), frmOrd_save.cpp (save, load, print), frmOrd_fill.cpp (proposal).
+// The class is spread over five sources: frmOrd.cpp (modes, supplier, periods, leaving), frmOrd_grid.cpp
+// (lines and cell editor), frmOrd_save.cpp (save, load, print), frmOrd_fill.cpp (proposal), frmOrd_sheets.cpp
+// (spreadsheets).
 #pragma once
 
 #include "common/text_grid.h"
 #include "forms/context.h"
 #include "orders/order.h"
 #include "orders/proposal.h"
+#include "output/sheet_import.h"
 
 #include <QTimer>
 #include <QWidget>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 class QKeyEvent;
@@ -61,8 +64,6 @@ private:
     void cmbType_Click();
     void cmbMonth_Click();
     void cmdSup_Click();
-    void cmdXls_Click();
-    void cmdImp_Click();
     void cmdExit_Click();
     void Disp_Set();
     void D_Dsn();
@@ -105,6 +106,15 @@ private:
     void showHeader(const orders::OrderHeader &header);
     void showStoredLines(double number);
     void emptyGrid();
+
+    // Spreadsheets (frmOrd_sheets.cpp)
+    void cmdXls_Click();
+    void Export_Excel();
+    void cmdImp_Click();
+    [[nodiscard]] std::optional<bool> importLines(const std::string &file);
+    [[nodiscard]] output::OrderSheet readSheet(const std::string &file) const;
+    [[nodiscard]] output::Spreadsheets &spreadsheets() const;
+    void showLinesDone(std::int64_t done, std::int64_t total);
 
     // Proposal (frmOrd_fill.cpp)
     void cmdView_Click();
