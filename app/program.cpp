@@ -15,8 +15,10 @@ output::LibreOffice::Settings officeSettings()
 } // namespace
 
 Program::Program(Dialogs &dialogs, Clock &clock, Shell &shell, const std::string &folder)
-    : m_office(officeSettings())
-    , m_context{m_session, m_connections, dialogs, clock, shell, folder, &m_office}
+    : m_outlet(dialogs)
+    , m_rptOrder(m_outlet, dialogs, clock)
+    , m_office(officeSettings())
+    , m_context{m_session, m_connections, dialogs, clock, shell, folder, &m_office, &m_rptOrder}
 {}
 
 void Program::start()

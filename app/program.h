@@ -8,6 +8,7 @@
 #include "forms/context.h"
 #include "forms/frmPass/frmPass.h"
 #include "forms/frmStart/frmStart.h"
+#include "forms/report_preview/report_outlet.h"
 #include "output/libreoffice/libreoffice.h"
 
 #include <memory>
@@ -29,6 +30,8 @@ private:
     void showMain() override;
 
     Session m_session;
+    forms::ScreenOutlet m_outlet;
+    output::LayoutReport m_rptOrder;
     data::Connections m_connections;
     output::LibreOffice m_office;
     forms::Context m_context;

@@ -4,6 +4,7 @@
 #include "app/session.h"
 #include "common/seams.h"
 #include "data/session_connections.h"
+#include "output/report.h"
 #include "output/spreadsheet.h"
 
 namespace forms {
@@ -17,6 +18,7 @@ struct Context
     Shell &shell;
     std::string programFolder;
     output::Spreadsheets *spreadsheets = nullptr; ///< must outlive the forms
+    output::ReportControl *rptOrder = nullptr; ///< the one control of all reports; null: none in this program
 
     [[nodiscard]] data::Environment environment() const
     {

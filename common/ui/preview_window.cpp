@@ -58,6 +58,7 @@ PreviewWindow::PreviewWindow(const QString &name, Dialogs &dialogs)
 QAction *PreviewWindow::addCommand(const QString &name, const QString &caption, const QKeySequence &key)
 {
     auto *action = new QAction(caption, this);
+    action->setIconText(caption); // With its dots: the button leads to a box.
     action->setObjectName(name);
     action->setShortcut(key);
     describe(action, caption);
@@ -83,10 +84,10 @@ QAction *PreviewWindow::addStep(const QString &name, const QString &caption, con
 
 void PreviewWindow::addPageButtons()
 {
-    m_backward[0] = addStep(QStringLiteral("cmdFirst"), tr("First page"), QStringLiteral("\u23EE\uFE0E"),
+    m_backward[0] = addStep(QStringLiteral("cmdFirst"), tr("First page"), QStringLiteral("|\u25C0"),
                             Qt::CTRL | Qt::Key_Home);
-    m_backward[1] = addStep(QStringLiteral("cmdPrevious"), tr("Previous page"),
-                            QStringLiteral("\u25C0\uFE0E"), Qt::CTRL | Qt::Key_PageUp);
+    m_backward[1] = addStep(QStringLiteral("cmdPrevious"), tr("Previous page"), QStringLiteral("\u25C0"),
+                            Qt::CTRL | Qt::Key_PageUp);
     m_page->setObjectName(QStringLiteral("txtPage"));
     m_page->setAccessibleName(tr("Page"));
     m_page->setPrefix(tr("Page "));
@@ -97,9 +98,9 @@ void PreviewWindow::addPageButtons()
     m_pages->setObjectName(QStringLiteral("lblPages"));
     m_pages->setContentsMargins(4, 0, 4, 0);
     m_bar->addWidget(m_pages);
-    m_forward[0] = addStep(QStringLiteral("cmdNext"), tr("Next page"), QStringLiteral("\u25B6\uFE0E"),
+    m_forward[0] = addStep(QStringLiteral("cmdNext"), tr("Next page"), QStringLiteral("\u25B6"),
                            Qt::CTRL | Qt::Key_PageDown);
-    m_forward[1] = addStep(QStringLiteral("cmdLast"), tr("Last page"), QStringLiteral("\u23ED\uFE0E"),
+    m_forward[1] = addStep(QStringLiteral("cmdLast"), tr("Last page"), QStringLiteral("\u25B6|"),
                            Qt::CTRL | Qt::Key_End);
 
     connect(m_backward[0], &QAction::triggered, this, [this] { m_view->goTo(0); });

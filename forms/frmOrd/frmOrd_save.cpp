@@ -77,8 +77,12 @@ void frmOrd::Save_Data()
 /// Asks for text or report printing of the order that was saved or loaded last, under its number on screen.
 void frmOrd::Print_Form()
 {
-    output::PrintContext context{m_context.session, m_context.connections.conYear,
-                                 m_context.connections.conLayouts, m_context.dialogs, m_context.shell};
+    output::PrintContext context{m_context.session,
+                                 m_context.connections.conYear,
+                                 m_context.connections.conLayouts,
+                                 m_context.dialogs,
+                                 m_context.shell,
+                                 m_context.rptOrder};
     output::PrintRequest request;
     request.orderNumber = m_printedNumber;
     request.orderNumberText = ui::typed(m_ui->txtOrdNo->text());
