@@ -2,6 +2,7 @@
 #include "data/engine.h"
 
 #include "common/errors.h"
+#include "data/jet/column_scan.h"
 
 #include <map>
 #include <sys/stat.h>
@@ -46,6 +47,23 @@ std::shared_ptr<OpenedFile> openShared(const std::string &file, const std::strin
     return fresh;
 }
 
+class AccessScan final : public TableScan
+{
+public:
+    AccessScan(std::shared_ptr<OpenedFile> file, jet::Table &table, std::span<const std::size_t> columns)
+        : m_file(std::move(file))
+        , m_scan(table, columns)
+    {}
+
+    std::size_t next() override { return m_scan.next(); }
+    const std::vector<FieldColumn> &columns() const override { return m_scan.columns(); }
+    std::int64_t approximateRows() const override { return m_scan.approximateRows(); }
+
+private:
+    std::shared_ptr<OpenedFile> m_file;
+    jet::ColumnScan m_scan;
+};
+
 class AccessEngine final : public Engine
 {
 public:
@@ -59,15 +77,41 @@ public:
         return openRows(m_file, text, cursor, lock, m_durable);
     }
 
+    std::unique_ptr<TableScan> scan(const std::string &name, const std::vector<std::string> &columns) override
+    {
+        jet::Table &table = m_file->database->table(name);
+        std::vector<std::size_t> positions;
+        for (const std::string &column : columns) {
+            const auto position = table.definition().findColumn(column);
+            if (!position)
+                throw SqlError(ErrorNumber::FieldNotFound,
+                               "The table " + name + " has no field " + column + ".");
+            positions.push_back(*position);
+        }
+        return std::make_unique<AccessScan>(m_file, table, positions);
+    }
+
+    bool empty(const std::string &table) override
+    {
+        jet::ChangeScope scope(*m_file->database, durability());
+        const bool emptied = m_file->database->table(table).eraseAll();
+        scope.commit();
+        return emptied;
+    }
+
     void execute(const std::string &text) override
     {
-        jet::ChangeScope scope(*m_file->database,
-                               m_durable == Durable::Yes ? jet::Durability::Durable : jet::Durability::Lazy);
+        jet::ChangeScope scope(*m_file->database, durability());
         m_file->sql.execute(text);
         scope.commit();
     }
 
 private:
+    [[nodiscard]] jet::Durability durability() const
+    {
+        return m_durable == Durable::Yes ? jet::Durability::Durable : jet::Durability::Lazy;
+    }
+
     std::shared_ptr<OpenedFile> m_file;
     Durable m_durable;
 };

@@ -5,6 +5,7 @@
 // behind the same data-source names later.
 #pragma once
 
+#include "common/field_column.h"
 #include "common/value.h"
 
 #include <cstdint>
@@ -47,6 +48,20 @@ public:
     virtual void finish() = 0;
 };
 
+/// Plain columns of all rows of one table, many rows at a time; for work that passes over a whole table.
+class TableScan
+{
+public:
+    virtual ~TableScan() = default;
+    /// Goes on to the next rows, in storage order; their number, 0 behind the last one.
+    virtual std::size_t next() = 0;
+    /// A column for each that was asked for. The rows that next() found come first in each; what lies behind
+    /// them means nothing.
+    [[nodiscard]] virtual const std::vector<FieldColumn> &columns() const = 0;
+    /// What the table says of its number of rows: a hint, for telling how far a pass is.
+    [[nodiscard]] virtual std::int64_t approximateRows() const = 0;
+};
+
 /// How changes made through a connection reach the disk.
 enum class Durable : bool { No, Yes };
 
@@ -58,6 +73,13 @@ public:
     /// Opens a statement's rows. Throws SqlError and what the database throws.
     [[nodiscard]] virtual std::unique_ptr<Rowset> open(const std::string &text, CursorType cursor,
                                                        LockType lock) = 0;
+    /// Opens a pass over a table. All its rows are of one state of the file: others' changes wait until it is
+    /// gone. Throws AppError(TableNotFound), SqlError(FieldNotFound).
+    [[nodiscard]] virtual std::unique_ptr<TableScan> scan(const std::string &table,
+                                                          const std::vector<std::string> &columns) = 0;
+    /// Deletes all rows of a table at once. False, with nothing changed, where they have to go one by one.
+    /// Throws AppError(TableNotFound) and what the database throws.
+    [[nodiscard]] virtual bool empty(const std::string &table) = 0;
     /// Runs a statement that gives no rows.
     virtual void execute(const std::string &text) = 0;
 };

@@ -7,9 +7,8 @@
 namespace jet {
 namespace {
 
-constexpr std::uint16_t kStartBits = 0x1FFF;
-constexpr std::uint16_t kMovedBit = 0x4000;
-constexpr std::uint16_t kHiddenBit = 0x8000;
+constexpr auto kMovedBit = static_cast<std::uint16_t>(SlotKind::Moved);
+constexpr auto kHiddenBit = static_cast<std::uint16_t>(SlotKind::Body);
 
 constexpr std::size_t kFreeBytes = 2;
 constexpr std::size_t kOwner = 4;
@@ -21,7 +20,7 @@ constexpr std::size_t kOwner = 4;
 
 [[nodiscard]] std::size_t startOf(const PageView &page, const Format &format, std::size_t slot)
 {
-    return page.u16(slotPlace(format, slot)) & kStartBits;
+    return page.u16(slotPlace(format, slot)) & kSlotStartBits;
 }
 
 void storeFreeBytes(const PageEditor &page, const Format &format)
@@ -47,8 +46,8 @@ void resizeRow(const PageEditor &page, const Format &format, std::size_t slot, s
                 static_cast<std::uint16_t>(newStart | static_cast<std::uint16_t>(kind)));
     for (std::size_t i = slot + 1; i < count; ++i) {
         const std::uint16_t entry = view.u16(slotPlace(format, i));
-        const std::size_t start = (entry & kStartBits) + newStart - place.start;
-        page.putU16(slotPlace(format, i), static_cast<std::uint16_t>(start | (entry & ~kStartBits)));
+        const std::size_t start = (entry & kSlotStartBits) + newStart - place.start;
+        page.putU16(slotPlace(format, i), static_cast<std::uint16_t>(start | (entry & ~kSlotStartBits)));
     }
 }
 
@@ -68,7 +67,7 @@ Slot slotAt(const PageView &page, const Format &format, std::size_t slot)
         throw damaged(page.page(), "there is no row in slot " + std::to_string(slot));
     const std::uint16_t entry = page.u16(slotPlace(format, slot));
     Slot result;
-    result.start = entry & kStartBits;
+    result.start = entry & kSlotStartBits;
     result.end = slot == 0 ? page.size() : startOf(page, format, slot - 1);
     result.moved = (entry & kMovedBit) != 0;
     result.hidden = (entry & kHiddenBit) != 0;

@@ -21,6 +21,8 @@ struct Slot
     [[nodiscard]] std::size_t size() const { return end - start; }
 };
 
+/// What a slot holds: where the row starts, and the bits of its kind.
+inline constexpr std::uint16_t kSlotStartBits = 0x1FFF;
 enum class SlotKind : std::uint16_t { Row = 0, Moved = 0x4000, Body = 0x8000, Deleted = 0xC000 };
 
 /// Owner of long-value pages: the letters "LVAL".

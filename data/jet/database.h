@@ -114,6 +114,8 @@ public:
     explicit ChangeScope(Database &database, Durability durability = Durability::Durable);
     ~ChangeScope();
     void commit();
+    /// False once a change inside it failed half-way: then nothing of it can reach the file.
+    [[nodiscard]] bool canCommit() const { return m_scope.canCommit(); }
 
 private:
     WriteScope m_scope;

@@ -358,6 +358,19 @@ PagePin PageCache::pin(PageNo page)
     return m_impl->current(page);
 }
 
+void PageCache::copy(PageNo first, std::span<std::byte> into) const
+{
+    m_impl->readPages(number(first), into);
+    // What the file has is what the cache has, but for the pages of the open scope.
+    const std::size_t pageSize = m_impl->format.pageSize;
+    for (const Impl::Change &change : m_impl->changes) {
+        const std::uint32_t page = number(change.after.page());
+        if (page >= number(first) && page - number(first) < into.size() / pageSize)
+            std::ranges::copy(change.after.view().bytes(),
+                              into.subspan((page - number(first)) * pageSize, pageSize).begin());
+    }
+}
+
 PageEditor PageCache::edit(PageNo page)
 {
     m_impl->requireScope();
@@ -464,6 +477,11 @@ WriteScope::~WriteScope()
     if (m_outermost && !m_committed)
         impl.discard();
     --impl.depth;
+}
+
+bool WriteScope::canCommit() const
+{
+    return !m_cache->m_impl->poisoned;
 }
 
 void WriteScope::commit()

@@ -58,6 +58,9 @@ public:
 
     /// The page for reading. Throws CorruptFile when it lies beyond the end of the file.
     [[nodiscard]] PagePin pin(PageNo page);
+    /// The bytes of as many pages as `into` has room for, from `first` on: for walks that meet each page once
+    /// and should not push others out of the cache. Needs a lock.
+    void copy(PageNo first, std::span<std::byte> into) const;
 
     /// The page for changing. Throws std::logic_error without an open scope. The view is valid until the
     /// scope ends.
@@ -132,6 +135,8 @@ public:
     ~WriteScope();
 
     void commit();
+    /// False once a part of it was given up.
+    [[nodiscard]] bool canCommit() const;
 
 private:
     WriteLock m_lock;

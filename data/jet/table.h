@@ -79,6 +79,9 @@ public:
     void update(RowId id, std::span<const std::pair<std::size_t, Value>> changes);
     /// Deletes a row. Throws AppError(NoCurrentRow) when the row is gone.
     void erase(RowId id);
+    /// Deletes all rows, at a cost of pages and not of rows. False, with nothing changed, for a table where
+    /// rows have to go one by one: one with long values or enforced relationships, or with foreign pages.
+    [[nodiscard]] bool eraseAll();
 
     /// What a new row holds in a column that is not named, by the table's properties; null when they say
     /// nothing. insert() does not apply it by itself, since a null there can be meant. Throws

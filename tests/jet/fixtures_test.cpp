@@ -166,6 +166,7 @@ private slots:
         for (std::size_t i = 0; i < std::min(actual.size(), wanted.size()); ++i)
             QCOMPARE(actual[i], wanted[i]);
         QCOMPARE(actual.size(), wanted.size());
+        QCOMPARE(support::scanDifference(database->table(table.toStdString())), QByteArray());
     }
 
     void tablesAreThoseExpected_data() { addFixtureFiles(); }

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "data/jet/check.h"
+#include "data/jet/column_scan.h"
 #include "tests/jet/memory_file.h"
 
 #include <QtTest>
 
 #include <fstream>
+#include <numeric>
 
 namespace support {
 
@@ -43,6 +45,48 @@ inline QByteArray problems(jet::Database &database)
     for (const jet::Finding &finding : jet::check(database, 10))
         text += QByteArray::fromStdString(finding.where + ": " + finding.what + "\n");
     return text;
+}
+
+/// The number that a column of a scan holds for a value.
+inline double scanned(const FieldColumn &column, std::size_t row)
+{
+    switch (column.kind) {
+    case FieldColumn::Kind::Whole:
+        return static_cast<double>(column.numbers[row]);
+    case FieldColumn::Kind::Currency:
+        return Currency::fromRaw(column.numbers[row]).toDouble();
+    default:
+        return column.floats[row];
+    }
+}
+
+/// Where a scan of all columns shows something else than a cursor; "" when they agree.
+inline QByteArray scanDifference(jet::Table &table)
+{
+    std::vector<std::size_t> all(table.definition().columns.size());
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    jet::ColumnScan scan(table, all);
+    std::size_t rows = 0;
+    std::size_t row = 0;
+    for (jet::Cursor cursor = table.scan(); cursor.next(); ++row) {
+        if (row == rows) {
+            rows = scan.next();
+            row = 0;
+        }
+        if (rows == 0)
+            return "the scan has fewer rows";
+        for (const std::size_t i : all) {
+            const FieldColumn &column = scan.columns()[i];
+            const Value value = cursor.row().value(i);
+            const Date *date = std::get_if<Date>(&value);
+            const bool same = (column.nulls[row] != 0) == isNull(value) &&
+                              (column.kind == FieldColumn::Kind::Other ||
+                               scanned(column, row) == (date ? date->serial() : toDouble(value)));
+            if (!same)
+                return "column " + QByteArray::number(i) + ": " + QByteArray::fromStdString(toText(value));
+        }
+    }
+    return row == rows && scan.next() == 0 ? "" : "the scan has more rows";
 }
 
 /// Number of the AppError that an action throws; 0 when it throws none.

@@ -161,6 +161,7 @@ private slots:
                 {.name = "Gone", .columns = {{.name = "A", .type = ColumnType::Long}}, .indexes = {}});
             database->createIndex("Walk", {.name = "Late", .keys = {{"Ratio"}}});
             QVERIFY(database->hasTable("Gone"));
+            QCOMPARE(support::scanDifference(table), QByteArray());
         }
         QVERIFY(folder.bytes(kPath) == before);
         QVERIFY(!database->hasTable("Gone"));
@@ -168,6 +169,34 @@ private slots:
         for (int i = 0; i < 150; ++i)
             takeStep(table, inventor, model, 3);
         compare(*database, table, model);
+    }
+
+    void allRowsGoAtOnce()
+    {
+        MemoryFolder folder;
+        auto database = Database::create(kPath, {.version = support::version()}, folder);
+        TableSpec spec = walkTable();
+        Inventor inventor(5);
+        std::map<RowId, Row> model;
+        Table &withNotes = database->createTable(spec);
+        takeStep(withNotes, inventor, model, 0);
+        QVERIFY(!withNotes.eraseAll()); // the note lies outside its row
+        compare(*database, withNotes, model);
+
+        spec.name = "Plain";
+        spec.columns[4].type = ColumnType::Text;
+        Table &plain = database->createTable(spec);
+        for (const int rows : {0, 400, 150}) {
+            for (int row = 0; row < rows; ++row)
+                plain.insert(Row{Null{}, inventor.value(1), inventor.value(2), Null{}, Null{}, Null{},
+                                 inventor.value(6), true, Null{}});
+            QCOMPARE(support::scanDifference(plain), QByteArray());
+            QVERIFY(plain.eraseAll());
+            QVERIFY(!plain.scan().next());
+            QCOMPARE(plain.approximateRows(), 0U);
+            QCOMPARE(support::problems(*database), QByteArray());
+        }
+        compare(*database, withNotes, model);
     }
 
 private:
@@ -214,6 +243,7 @@ private:
 
     void compare(Database &database, Table &table, const std::map<RowId, Row> &model)
     {
+        QCOMPARE(support::scanDifference(table), QByteArray());
         QCOMPARE(support::problems(database), QByteArray());
         const std::size_t columns = table.definition().columns.size();
         std::size_t count = 0;
