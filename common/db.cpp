@@ -6,6 +6,11 @@
 
 void Clear_Table(const data::Connection &conLayouts, const std::string &table)
 {
+    // What deleting row by row comes to, without looking at each: a scratch table holds thousands.
+    bool emptied = false;
+    attempt([&] { emptied = conLayouts.engine().empty(table); });
+    if (emptied)
+        return;
     data::Recordset rows;
     attempt([&] {
         rows.open("Select * from " + table, conLayouts, data::CursorType::Dynamic,

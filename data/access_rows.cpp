@@ -182,6 +182,10 @@ private:
 }
 
 /// Places of one table's rows, taken at opening; the rows can be changed.
+///
+/// Rows added are one unit that finish() brings to the file, and dropped without it; any other change is a
+/// unit of its own. Changes of scratch tables, which are many and need not survive a power cut, are gathered
+/// in larger units, and what was done is kept without finish() too.
 class TableRows final : public Rowset
 {
 public:
@@ -194,11 +198,19 @@ public:
         while (query.next())
             m_places.push_back(query.rowId());
     }
+    ~TableRows() override
+    {
+        if (isScratch() && m_unit && m_unit->canCommit())
+            attempt([this] { finish(); });
+    }
+    TableRows(const TableRows &) = delete;
+    TableRows &operator=(const TableRows &) = delete;
 
     const std::vector<std::string> &columns() const override { return m_names; }
 
     bool next() override
     {
+        m_added.reset();
         while (m_next < m_places.size()) {
             if (read(m_places[m_next++]))
                 return true;
@@ -214,8 +226,7 @@ public:
     }
     Value value(std::size_t column) const override
     {
-        if (!m_current)
-            throwGone();
+        static_cast<void>(requireRow());
         return m_current->values.at(column);
     }
     Value converted(std::size_t column, Value value) const override
@@ -240,8 +251,14 @@ private:
     {
         throw AppError(ErrorNumber::NoCurrentRow, "The row has been deleted.");
     }
-    bool read(jet::RowId place);
+    [[nodiscard]] bool isScratch() const { return m_durability == jet::Durability::Lazy; }
+    bool read(jet::RowId place) const;
     void requireSameRow();
+    [[nodiscard]] jet::RowId requireRow() const;
+    template <class Change>
+    void inUnit(Change &&change);
+    template <class Change>
+    void changeRow(Change &&change);
 
     std::shared_ptr<OpenedFile> m_file;
     jet::Table *m_table;
@@ -249,13 +266,16 @@ private:
     std::vector<std::string> m_names;
     std::vector<jet::RowId> m_places;
     std::size_t m_next = 0;
-    std::optional<Current> m_current;
-    /// Rows added and not yet finished. Dropped with the rowset: without finish() they do not reach the file.
-    std::unique_ptr<jet::ChangeScope> m_added;
+    mutable std::optional<Current> m_current;
+    mutable std::optional<jet::RowId> m_added; ///< the current row, which was added and not yet read back
+    /// Changes that are not yet in the file.
+    std::unique_ptr<jet::ChangeScope> m_unit;
+    int m_changes = 0; ///< in the unit of a scratch table
 };
 
-bool TableRows::read(jet::RowId place)
+bool TableRows::read(jet::RowId place) const
 {
+    m_added.reset();
     const jet::ReadScope reading(*m_file->database);
     const auto row = m_table->fetch(place);
     if (!row) {
@@ -269,6 +289,16 @@ bool TableRows::read(jet::RowId place)
         current.values.push_back(row->value(column));
     m_current = std::move(current);
     return true;
+}
+
+/// The place of the current row, whose values are known afterwards.
+jet::RowId TableRows::requireRow() const
+{
+    if (m_added)
+        read(*m_added);
+    if (!m_current)
+        throwGone();
+    return m_current->place;
 }
 
 /// Another workstation may have deleted the row and given its place to a new one. The primary key tells; a
@@ -296,49 +326,63 @@ void TableRows::insert(const Changes &changes)
     for (const auto &[column, value] : changes)
         values.at(column) = value;
 
-    jet::RowId place;
-    if (m_durability == jet::Durability::Durable) {
-        if (!m_added)
-            m_added = std::make_unique<jet::ChangeScope>(*m_file->database, m_durability);
-        place = m_table->insert(values);
-    } else {
-        // Scratch rows are kept one by one: after an error the table holds those done so far.
-        jet::ChangeScope scope(*m_file->database, m_durability);
-        place = m_table->insert(values);
-        scope.commit();
-    }
-    m_places.push_back(place);
+    inUnit([&] { m_places.push_back(m_table->insert(values)); });
     m_next = m_places.size();
-    read(place);
+    m_current.reset();
+    m_added = m_places.back();
 }
 
 void TableRows::update(const Changes &changes)
 {
-    if (!m_current)
-        throwGone();
-    jet::ChangeScope scope(*m_file->database, m_durability);
-    requireSameRow();
-    const jet::RowId place = m_current->place;
-    m_table->update(place, changes);
-    scope.commit();
+    const jet::RowId place = requireRow();
+    changeRow([&] { m_table->update(place, changes); });
     read(place);
 }
 
 void TableRows::erase()
 {
-    if (!m_current)
-        throwGone();
+    const jet::RowId place = requireRow();
+    changeRow([&] { m_table->erase(place); });
+    m_current.reset();
+}
+
+/// Runs a change as part of the open unit.
+template <class Change>
+void TableRows::inUnit(Change &&change)
+{
+    constexpr int kMostChanges = 1000; // of scratch rows at a time; keeps the pages of the unit few
+    if (isScratch() && m_unit && !m_unit->canCommit())
+        m_unit.reset(); // a change that failed half-way took it along
+    if (!m_unit)
+        m_unit = std::make_unique<jet::ChangeScope>(*m_file->database, m_durability);
+    std::forward<Change>(change)();
+    if (isScratch() && ++m_changes == kMostChanges)
+        finish();
+}
+
+/// Runs a change of the current row.
+template <class Change>
+void TableRows::changeRow(Change &&change)
+{
+    if (isScratch()) {
+        inUnit([&] {
+            requireSameRow();
+            std::forward<Change>(change)();
+        });
+        return;
+    }
     jet::ChangeScope scope(*m_file->database, m_durability);
     requireSameRow();
-    m_table->erase(m_current->place);
+    std::forward<Change>(change)();
     scope.commit();
-    m_current.reset();
 }
 
 void TableRows::finish()
 {
-    if (const auto added = std::move(m_added))
-        added->commit();
+    m_changes = 0;
+    const auto unit = std::move(m_unit);
+    if (unit && (!isScratch() || unit->canCommit()))
+        unit->commit();
 }
 
 } // namespace

@@ -52,7 +52,7 @@ private slots:
     void closedRecordsetsSaySo();
     void addedRowsAreSeenAtOnceAndByOthersAfterClosing();
     void rowsAddedAndNotClosedAreDropped();
-    void scratchRowsAreKeptOneByOne();
+    void scratchRowsAreKeptWithoutClosing();
     void oneRowTooManyDropsTheUnit();
     void assignedFieldsReadBackAsTheyWillBeStored();
     void aMoveWritesWhatIsPending();
@@ -212,7 +212,7 @@ void RecordsetTest::rowsAddedAndNotClosedAreDropped()
     QCOMPARE(exported("Mast_Heads"), QStringLiteral("10,1\n20,\n30,3"));
 }
 
-void RecordsetTest::scratchRowsAreKeptOneByOne()
+void RecordsetTest::scratchRowsAreKeptWithoutClosing()
 {
     data::Connection scratch;
     scratch.setConnectionString(m_connection.connectionString());
@@ -223,8 +223,18 @@ void RecordsetTest::scratchRowsAreKeptOneByOne()
         rows.addNew();
         rows.setField("A66", 5);
         rows.update();
+        rows.setField("A67", 2.5);
+        rows.update();
+        rows.addNew();
+        rows.setField("A66", 6);
+        rows.setField("A21", std::string(2000, 'x'));
+        QCOMPARE(errorOf([&] { rows.update(); }), ErrorNumber::FieldTooSmall);
+        rows.addNew();
+        rows.setField("A66", 7);
+        rows.update();
     }
-    QCOMPARE(rowsOf("Select * From Dum Where A66 = 5", scratch, {"A66"}), QByteArray("5"));
+    QCOMPARE(rowsOf("Select * From Dum Where A66 in (5,6,7)", scratch, {"A66", "A67"}),
+             QByteArray("5|2.5\n7|null"));
 }
 
 void RecordsetTest::oneRowTooManyDropsTheUnit()
