@@ -11,15 +11,6 @@ namespace orders {
 
 namespace {
 
-/// Movements between two calls of the progress function: a few milliseconds of work.
-constexpr std::int64_t kProgressStep = 4096;
-
-template <std::size_t N>
-bool contains(const std::array<int, N> &forms, double form)
-{
-    return std::any_of(forms.begin(), forms.end(), [form](int known) { return known == form; });
-}
-
 bool isOfType(OrderType type, const Value &higher)
 {
     if (type == OrderType::All)
@@ -41,31 +32,6 @@ bool isOfType(OrderType type, const Value &higher)
 }
 
 } // namespace
-
-void FieldSum::add(const Value &value)
-{
-    if (::isNull(value))
-        return;
-    m_any = true;
-    if (std::holds_alternative<float>(value) || std::holds_alternative<double>(value)) {
-        m_floating += toDouble(value);
-    } else {
-        m_exact += Null_Cur(value);
-    }
-}
-
-Currency FieldSum::amount() const
-{
-    return m_floating == 0 ? m_exact : Currency::fromDouble(m_floating) + m_exact;
-}
-
-Currency FieldSum::difference(const FieldSum &a, const FieldSum &b)
-{
-    if (a.isNull() || b.isNull())
-        return {};
-    const double floating = a.m_floating - b.m_floating;
-    return floating == 0 ? a.m_exact - b.m_exact : Currency::fromDouble(floating) + (a.m_exact - b.m_exact);
-}
 
 PeriodPass::PeriodPass(const Statistics &periods, const Session &session, const data::Connection &conYear,
                        const Period &period, const Progress &progress)
@@ -94,11 +60,8 @@ PeriodPass::PeriodPass(const Statistics &periods, const Session &session, const 
 
 void PeriodPass::countMovements(const data::Connection &database)
 {
-    if (!m_progress)
-        return;
-    data::Recordset count("Select Count(ItemCode) as Cn from Stock_Stock", database);
-    m_total += toInteger(count.field("Cn"));
-    count.close();
+    if (m_progress)
+        m_total += database.engine().scan("Stock_Stock", MovementColumns::names())->approximateRows();
 }
 
 std::optional<std::int32_t> PeriodPass::plainCode(const Value &value)
@@ -118,80 +81,58 @@ std::optional<std::int32_t> PeriodPass::plainCode(const Value &value)
 
 void PeriodPass::readMovements(const data::Connection &database, ByItem &items)
 {
-    enum : std::size_t { kItem, kIn, kOut, kDate, kForm };
-    const auto rows = database.engine().open("Select ItemCode, ITQty, OTQty, StkDate, FrmId from Stock_Stock",
-                                             data::CursorType::ForwardOnly, data::LockType::ReadOnly);
-    while (rows->next()) {
-        if (++m_done % kProgressStep == 0 && m_progress)
+    const auto scan = database.engine().scan("Stock_Stock", MovementColumns::names());
+    const MovementColumns movements(scan->columns(), m_period);
+    m_exact = m_exact && movements.arePlain();
+    while (m_exact) {
+        const std::size_t rows = scan->next();
+        if (rows == 0)
+            return;
+        for (std::size_t row = 0; row < rows; ++row) {
+            if (const auto code = movements.item(row, m_exact))
+                movements.add(row, items[*code]);
+        }
+        m_done += static_cast<std::int64_t>(rows);
+        if (m_progress)
             m_progress(m_done, m_total);
-        const auto code = plainCode(rows->value(kItem));
-        if (!code)
-            continue;
-        Movements &item = items[*code];
-        const Value quantity = rows->value(kOut);
-        item.stockIn.add(rows->value(kIn));
-        item.stockOut.add(quantity);
-        addMovement(item, quantity, rows->value(kDate), rows->value(kForm));
-    }
-}
-
-void PeriodPass::addMovement(Movements &item, const Value &quantity, const Value &date,
-                             const Value &form) const
-{
-    const Date *day = std::get_if<Date>(&date);
-    if (!day || *day < m_period.from || *day >= m_period.orderDate)
-        return;
-    // A movement without a form is neither outgoing nor a sale: null is not "not in" a list either.
-    if (isNull(form))
-        return;
-    const double number = toDouble(form);
-    if (!contains(kNotOutgoingForms, number)) {
-        item.outgoing.add(quantity);
-        item.selects = item.selects || (!isNull(quantity) && toDouble(quantity) > 0);
-    }
-    if (contains(kSaleForms, number)) {
-        item.sold.add(quantity);
-        // Any sale counts here, whatever its quantity.
-        if (!item.firstSale || *day < *item.firstSale)
-            item.firstSale = *day;
     }
 }
 
 void PeriodPass::readMaster(const data::Connection &database, ByItem &items, std::uint8_t SPID)
 {
-    data::Recordset master("Select * from Mast_Items Order by PartCode", database);
-    for (; !master.eof() && m_exact; master.moveNext()) {
-        const auto code = plainCode(master.field("ItemCode"));
+    enum : std::size_t { kItem, kHigher };
+    const auto master =
+        database.engine().open("Select " + masterFields(SPID) + " from Mast_Items Order by PartCode",
+                               data::CursorType::ForwardOnly, data::LockType::ReadOnly);
+    while (m_exact && master->next()) {
+        const auto code = plainCode(master->value(kItem));
         if (!code)
             continue;
-        Movements &item = items[*code];
+        MovementSums &item = items[*code];
         // One code on two rows: the statements join and group such movements in ways that one pass does not
         // follow.
         m_exact = m_exact && !item.inMaster;
         item.inMaster = true;
-        if (item.selects && isOfType(m_period.type, master.field("Higher")) &&
-            m_loaded.emplace(*code, true).second)
-            m_items.push_back(readItem(master, SPID));
+        if (item.selects && isOfType(m_period.type, master->value(kHigher)) && m_loaded.insert(*code).second)
+            m_items.push_back(readItem(*master, SPID));
     }
-    master.close();
 }
 
 ItemFigures PeriodPass::figures(std::int32_t item) const
 {
     ItemFigures figures;
     for (const ByItem &database : m_databases) {
-        const auto found = database.find(item);
-        if (found == database.end())
+        const MovementSums *sums = database.find(item);
+        if (sums == nullptr)
             continue;
-        const Movements &movements = found->second;
-        if (movements.inMaster)
-            figures.outgoing += movements.outgoing.amount();
-        figures.sold += movements.sold.amount();
-        if (figures.days == 0 && movements.firstSale)
-            figures.days = daysBetween(*movements.firstSale, m_period.orderDate);
+        if (sums->inMaster)
+            figures.outgoing += sums->outgoing.amount();
+        figures.sold += sums->sold.amount();
+        if (figures.days == 0 && sums->firstSale)
+            figures.days = daysBetween(Date::fromSerial(*sums->firstSale), m_period.orderDate);
     }
-    if (const auto found = m_stock->find(item); found != m_stock->end())
-        figures.presentStock = FieldSum::difference(found->second.stockIn, found->second.stockOut);
+    if (const MovementSums *sums = m_stock->find(item))
+        figures.presentStock = FieldSum::difference(sums->stockIn, sums->stockOut);
     return figures;
 }
 

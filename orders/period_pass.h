@@ -1,17 +1,19 @@
 // All figures of an averaging period in one pass over the movements of each database.
 //
 // Reaches the same figures as the statements of Statistics, item by item, without sending hundreds of
-// thousands of them. Databases whose item codes do not lend themselves to it (one code on two rows of the
-// master, codes that are not whole numbers) are left to the statements: isExact() says so.
+// thousands of them. Databases whose columns and item codes do not lend themselves to it (one code on two
+// rows of the master, codes that are not whole numbers) are left to the statements: isExact() says so.
 #pragma once
 
+#include "orders/item_table.h"
+#include "orders/movement_figures.h"
 #include "orders/scratch_row.h"
 #include "orders/statistics.h"
 #include "orders/suggestion.h"
 
 #include <functional>
 #include <optional>
-#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace orders {
@@ -19,24 +21,6 @@ namespace orders {
 /// What a window shows of a run; called at least every 50 ms of work, never with nested user input. `total`
 /// is 0 while nobody knows it.
 using Progress = std::function<void(std::int64_t done, std::int64_t total)>;
-
-/// A sum as the database forms it: null values do not count, and without any other value the sum itself is
-/// null.
-class FieldSum
-{
-public:
-    void add(const Value &value);
-    [[nodiscard]] bool isNull() const { return !m_any; }
-    /// 0 when null. Throws RunTimeError(Overflow).
-    [[nodiscard]] Currency amount() const;
-    /// One sum less another, as one expression of a statement: 0 when either is null.
-    [[nodiscard]] static Currency difference(const FieldSum &a, const FieldSum &b);
-
-private:
-    Currency m_exact;      ///< whole numbers and currency
-    double m_floating = 0; ///< columns of floating type, in the order of the rows
-    bool m_any = false;
-};
 
 class PeriodPass
 {
@@ -54,21 +38,10 @@ public:
     [[nodiscard]] ItemFigures figures(std::int32_t item) const;
 
 private:
-    struct Movements
-    {
-        FieldSum outgoing;
-        FieldSum sold;
-        std::optional<Date> firstSale;
-        FieldSum stockIn; ///< whole year, all stock points
-        FieldSum stockOut;
-        bool selects = false; ///< a movement that brings the item into the analysis
-        bool inMaster = false;
-    };
-    using ByItem = std::unordered_map<std::int32_t, Movements>;
+    using ByItem = ItemTable<MovementSums>;
 
     void countMovements(const data::Connection &database);
     void readMovements(const data::Connection &database, ByItem &items);
-    void addMovement(Movements &item, const Value &quantity, const Value &date, const Value &form) const;
     void readMaster(const data::Connection &database, ByItem &items, std::uint8_t SPID);
     [[nodiscard]] std::optional<std::int32_t> plainCode(const Value &value);
 
@@ -80,7 +53,7 @@ private:
     std::vector<ByItem> m_databases; ///< newest year first
     ByItem m_ownYear;                ///< only when the session's year is none of them
     const ByItem *m_stock = nullptr; ///< the one that holds the session's year
-    std::unordered_map<std::int32_t, bool> m_loaded;
+    std::unordered_set<std::int32_t> m_loaded;
     std::vector<LoadedItem> m_items;
 };
 

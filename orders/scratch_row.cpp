@@ -5,21 +5,54 @@
 #include "common/null_safe.h"
 #include "common/numbers.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace orders {
+
+namespace {
+
+/// `field` gives a field of the master by its name.
+template <class Field>
+LoadedItem itemFrom(Field field, std::uint8_t SPID)
+{
+    LoadedItem item;
+    item.code = field("ItemCode");
+    item.partCode = field("PartCode");
+    item.name = field("ItemName");
+    item.minimum = Null_Cur(field("MinQty"));
+    item.moq = Null_Cur(field("Moq"));
+    if (const char *price = dealerPriceField(SPID))
+        item.rate = Null_Cur(field(price));
+    if (item.rate == Currency())
+        item.rate = Null_Cur(field("SalRate"));
+    return item;
+}
+
+} // namespace
 
 LoadedItem readItem(const data::Recordset &master, std::uint8_t SPID)
 {
-    LoadedItem item;
-    item.code = master.field("ItemCode");
-    item.partCode = master.field("PartCode");
-    item.name = master.field("ItemName");
-    item.minimum = Null_Cur(master.field("MinQty"));
-    item.moq = Null_Cur(master.field("Moq"));
+    return itemFrom([&](const char *name) { return master.field(name); }, SPID);
+}
+
+std::string masterFields(std::uint8_t SPID)
+{
+    std::string fields = "ItemCode, Higher, PartCode, ItemName, MinQty, Moq, SalRate";
     if (const char *price = dealerPriceField(SPID))
-        item.rate = Null_Cur(master.field(price));
-    if (item.rate == Currency())
-        item.rate = Null_Cur(master.field("SalRate"));
-    return item;
+        fields += std::string(", ") + price;
+    return fields;
+}
+
+LoadedItem readItem(const data::Rowset &master, std::uint8_t SPID)
+{
+    return itemFrom(
+        [&](std::string_view name) {
+            const auto &columns = master.columns();
+            const auto found = std::ranges::find(columns, name);
+            return master.value(static_cast<std::size_t>(found - columns.begin()));
+        },
+        SPID);
 }
 
 void setItem(data::Recordset &dum, const LoadedItem &item)

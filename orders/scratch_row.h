@@ -23,6 +23,11 @@ struct LoadedItem
 
 /// Reads the current row of a statement over `Mast_Items`. Numbers that are null count as 0.
 [[nodiscard]] LoadedItem readItem(const data::Recordset &master, std::uint8_t SPID);
+/// The fields of `Mast_Items` that an analysis of all items reads, as the list of a statement; the item code
+/// and the category come first.
+[[nodiscard]] std::string masterFields(std::uint8_t SPID);
+/// The same from the rows of a statement over those fields.
+[[nodiscard]] LoadedItem readItem(const data::Rowset &master, std::uint8_t SPID);
 /// Sets the fields of the item in a new row of `Dum`.
 void setItem(data::Recordset &dum, const LoadedItem &item);
 
