@@ -20,6 +20,12 @@ if(SPARES_SANITIZE)
     target_link_options(spares_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+option(SPARES_COVERAGE "Count the lines that the tests run through" OFF)
+if(SPARES_COVERAGE)
+    target_compile_options(spares_options INTERFACE --coverage)
+    target_link_options(spares_options INTERFACE --coverage)
+endif()
+
 # A compiler cache, where there is one, keeps the second build short.
 find_program(SPARES_CCACHE ccache)
 if(SPARES_CCACHE)

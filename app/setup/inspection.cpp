@@ -53,7 +53,8 @@ bool inspectDatabase(const std::string &name, const std::string &path,
         return false;
     }
     for (const std::string &part : missing)
-        findings.wanting(name + " lacks " + part + ", which the program reads.");
+        findings.wanting(
+            std::string(name).append(" lacks ").append(part).append(", which the program reads."));
     if (!missing.empty())
         return false;
     findings.add(writable(file), name + " is there and can be opened." + writersOf(file),

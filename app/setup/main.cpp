@@ -38,17 +38,19 @@ void say(const setup::Findings &findings)
         const char *mark = line.kind == Kind::Heading ? "" : line.kind == Kind::Good ? "  " : "! ";
         std::cout << mark << line.text << '\n';
     }
-    if (findings.wantingCount() == 0)
+    if (findings.wantingCount() == 0) {
         std::cout << "Everything that the program needs is there.\n";
-    else
+    } else {
         std::cout << findings.wantingCount() << " of these lines, marked with !, need attention.\n";
+    }
 }
 
 void requireFolder(const std::string &kind, const std::string &folder, const std::string &advice)
 {
-    if (!data::folderReachable(folder))
+    if (!data::folderReachable(folder)) {
         throw FileError(ErrorNumber::PathAccess,
                         "The " + kind + " folder " + folder + " cannot be reached. " + advice);
+    }
 }
 
 /// `given` as the user typed it: program folder and, unless it is only to be looked at, server folder.
@@ -70,10 +72,11 @@ int setUp(const std::vector<std::string> &given)
 
     const std::string server = attemptOr(std::string(), [&] { return setup::serverPathOf(program); });
     findings.heading("Server folder " + (server.empty() ? "(none yet)" : server));
-    if (server.empty())
+    if (server.empty()) {
         findings.wanting("No server folder is named yet. Run: velk-setup " + program + " SERVER-FOLDER");
-    else
+    } else {
         setup::inspectServerFolder(server, findings);
+    }
     say(findings);
     return findings.wantingCount() == 0 ? kAllThere : kWanting;
 }

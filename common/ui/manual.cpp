@@ -77,10 +77,11 @@ void ManualWindow::show(const QString &page)
     const QString file = manualFolder() + QLatin1Char('/') + page.section(QLatin1Char('#'), 0, 0);
     QUrl place = QUrl::fromLocalFile(file);
     place.setFragment(page.section(QLatin1Char('#'), 1));
-    if (QFileInfo::exists(file))
+    if (QFileInfo::exists(file)) {
         m_text->setSource(place);
-    else
+    } else {
         m_text->setPlainText(tr("The manual is not installed: there is no %1.").arg(file));
+    }
     QDialog::show();
     raise();
     activateWindow();
