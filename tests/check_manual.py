@@ -49,9 +49,10 @@ def messages(name):
         joined = re.sub(r'"\s*\n\s*"', "", arguments(code, call.end()))
         for literal in re.findall(r'"((?:[^"\\]|\\.)*)"', joined):
             text = plain(re.sub(r"\\[rn]", " ", literal).replace('\\"', '"').replace("\\\\", "\\"))
-            text = text.strip('"').strip()
-            if len(text) >= SHORTEST:
-                yield text
+            for piece in re.split(r"%\d", text):
+                piece = piece.strip('"').strip()
+                if len(piece) >= SHORTEST:
+                    yield piece
 
 
 pages = {name for name in os.listdir(MANUAL) if name.endswith(".html")}
