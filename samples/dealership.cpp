@@ -61,6 +61,7 @@ public:
 private:
     void refuseOccupiedTarget() const;
     void makeServerFiles() const;
+    void copySheet(const char *name, const char *folder) const;
     void makeSerPath() const;
     void makeLayouts() const;
     void makeMain() const;
@@ -110,8 +111,9 @@ void Maker::refuseOccupiedTarget() const
 
 void Maker::makeServerFiles() const
 {
-    makeFolder(m_work / "server" / "FlashFrm");
     makeFolder(m_work / "server" / "StkOrder");
+    copySheet("Ord.Xls", "FlashFrm");
+    copySheet("branch-order.xls", "Received");
     const fs::path batch = m_work / "server" / "PPrint.Bat";
     std::ofstream file(batch, std::ios::binary);
     file << kPrintBatch;
@@ -123,6 +125,17 @@ void Maker::makeServerFiles() const
                     fs::perm_options::add, error);
     if (error)
         fail(batch, error);
+}
+
+/// The sheets lie finished beside the sources of this program; their script needs a spreadsheet program.
+void Maker::copySheet(const char *name, const char *folder) const
+{
+    makeFolder(m_work / "server" / folder);
+    const fs::path target = m_work / "server" / folder / name;
+    std::error_code error;
+    fs::copy_file(fs::path(SAMPLE_SHEETS) / name, target, error);
+    if (error)
+        fail(target, error);
 }
 
 std::unique_ptr<jet::Database> Maker::create(const fs::path &file) const
