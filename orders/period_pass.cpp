@@ -9,30 +9,6 @@
 
 namespace orders {
 
-namespace {
-
-bool isOfType(OrderType type, const Value &higher)
-{
-    if (type == OrderType::All)
-        return true;
-    if (isNull(higher))
-        return false;
-    const double category = toDouble(higher);
-    switch (type) {
-    case OrderType::Spares:
-        return category == 1 || category == 2 || category == 3;
-    case OrderType::Accessories:
-        return category == 4 || category == 6;
-    case OrderType::Consumables:
-        return category == 5;
-    default:
-        // A type that is not in the list filters nothing.
-        return true;
-    }
-}
-
-} // namespace
-
 PeriodPass::PeriodPass(const Statistics &periods, const Session &session, const data::Connection &conYear,
                        const Period &period, const Progress &progress)
     : m_period{period.from.midnight(), period.orderDate.midnight(), period.type}

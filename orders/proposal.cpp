@@ -104,7 +104,7 @@ void Proposal::writeRows(const PeriodPass &pass, const ProposalRequest &request,
         for (const LoadedItem &item : pass.items()) {
             ++summary.examined;
             const ItemFigures figures = pass.figures(itemCode(item.code));
-            if (!isNeeded(figures.outgoing, figures.presentStock, item.minimum, cover))
+            if (needOf(figures.outgoing, figures.presentStock, item.minimum, cover) != Need::Needed)
                 continue;
             const AnalysedLine line = analysedLine(figures, item.rate, request);
             if (!(line.quantity > Currency()))
@@ -148,9 +148,10 @@ bool Proposal::analyseRow(Recordset &dum, const ProposalRequest &request, DropRu
     const std::int32_t item = itemCode(dum.field("A66"));
     ItemFigures figures;
     figures.outgoing = m_statistics.Stk_OutQty(request.period, item);
-    figures.presentStock = presentStock(item);
-    if (dropRules == DropRules::On && !isNeeded(figures.outgoing, figures.presentStock,
-                                                Null_Cur(dum.field("A70")), leadingNumber(request.cover)))
+    figures.presentStock = presentStock(m_year, item);
+    if (dropRules == DropRules::On &&
+        needOf(figures.outgoing, figures.presentStock, Null_Cur(dum.field("A70")),
+               leadingNumber(request.cover)) != Need::Needed)
         return false;
     figures.sold = m_statistics.Stk_SalQty(request.period, item);
     figures.days = m_statistics.Stk_SalDate(request.period, item);
@@ -162,18 +163,6 @@ bool Proposal::analyseRow(Recordset &dum, const ProposalRequest &request, DropRu
     dum.update();
     count(summary, line);
     return true;
-}
-
-Currency Proposal::presentStock(std::int32_t item) const
-{
-    // Of the session's own year, whatever the period; all stock points. Blank at the end: fixed statement
-    // text.
-    Recordset sums(
-        "Select sum(ITQty)-sum(OtQty) as at from Stock_Stock where ItemCode = " + std::to_string(item) + " ",
-        m_year);
-    const Currency stock = sums.hasRows() ? Null_Cur(sums.field("At")) : Currency();
-    sums.close();
-    return stock;
 }
 
 void Proposal::fillGrid(TextGrid &grid, int firstRow)

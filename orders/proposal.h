@@ -56,7 +56,6 @@ private:
     [[nodiscard]] bool analyseRow(data::Recordset &dum, const ProposalRequest &request, DropRules dropRules,
                                   ProposalSummary &summary);
     void writeRows(const PeriodPass &pass, const ProposalRequest &request, ProposalSummary &summary);
-    [[nodiscard]] Currency presentStock(std::int32_t item) const;
 
     const Session &m_session;
     Statistics m_statistics;

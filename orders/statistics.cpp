@@ -64,6 +64,38 @@ std::string saleCondition(const Period &period, std::int32_t item)
 
 } // namespace
 
+bool isOfType(OrderType type, const Value &higher)
+{
+    if (type == OrderType::All)
+        return true;
+    if (isNull(higher))
+        return false;
+    const double category = toDouble(higher);
+    switch (type) {
+    case OrderType::Spares:
+        return category == 1 || category == 2 || category == 3;
+    case OrderType::Accessories:
+        return category == 4 || category == 6;
+    case OrderType::Consumables:
+        return category == 5;
+    default:
+        // A type that is not in the list filters nothing.
+        return true;
+    }
+}
+
+Currency presentStock(const data::Connection &conYear, std::int32_t item)
+{
+    // Of the session's own year, whatever the period; all stock points. Blank at the end: fixed statement
+    // text.
+    Recordset sums(
+        "Select sum(ITQty)-sum(OtQty) as at from Stock_Stock where ItemCode = " + std::to_string(item) + " ",
+        conYear);
+    const Currency stock = sums.hasRows() ? Null_Cur(sums.field("At")) : Currency();
+    sums.close();
+    return stock;
+}
+
 Statistics::Statistics(const Session &session, const data::Connection &conMain,
                        const data::Connection &conLayouts)
     : m_session(session)

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "app/session.h"
+#include "common/value.h"
 #include "data/connection.h"
 #include "orders/order.h"
 
@@ -27,6 +28,13 @@ struct Period
 /// Movement forms (`Stock_Stock`.`FrmId`) that never count as outgoing, and those that are sales.
 inline constexpr std::array<int, 4> kNotOutgoingForms = {64, 65, 131, 132};
 inline constexpr std::array<int, 5> kSaleForms = {71, 72, 73, 74, 13};
+
+/// True for an item category (`Higher`) that the order type takes in. A type that is not in the list filters
+/// nothing.
+[[nodiscard]] bool isOfType(OrderType type, const Value &higher);
+
+/// Present stock of an item in a year's database: all stock points, 0 when either side has no value.
+[[nodiscard]] Currency presentStock(const data::Connection &conYear, std::int32_t item);
 
 class Statistics
 {

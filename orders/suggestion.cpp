@@ -18,11 +18,14 @@ std::int32_t wholeNumber(Currency value)
 
 } // namespace
 
-bool isNeeded(Currency outgoing, Currency presentStock, Currency minimum, double cover)
+Need needOf(Currency outgoing, Currency presentStock, Currency minimum, double cover)
 {
     if (presentStock >= outgoing)
-        return false;
-    return presentStock < minimum || presentStock.toDouble() < outgoing.toDouble() * cover;
+        return Need::CoveredByStock;
+    // The product passes through floating point, unlike the stock that it is compared with.
+    return presentStock < minimum || presentStock.toDouble() < outgoing.toDouble() * cover
+               ? Need::Needed
+               : Need::AboveMinimumAndCover;
 }
 
 Currency monthlyAverage(Currency outgoing, std::int32_t months)

@@ -20,9 +20,14 @@ struct ItemFigures
     std::int32_t days = 0; ///< from the first sale of the period to the order date, 0 without one
 };
 
-/// False when the present stock covers the period's outgoing quantity, or both the minimum and the demand of
-/// `cover` months.
-[[nodiscard]] bool isNeeded(Currency outgoing, Currency presentStock, Currency minimum, double cover);
+/// Whether the present stock leaves anything to order.
+enum class Need : std::uint8_t {
+    CoveredByStock,       ///< the stock is not below the period's outgoing quantity
+    AboveMinimumAndCover, ///< the stock is below neither the minimum nor the period's quantity times `cover`
+    Needed,
+};
+
+[[nodiscard]] Need needOf(Currency outgoing, Currency presentStock, Currency minimum, double cover);
 
 /// Average outgoing quantity of a month: at least 1, a whole number, halves to the even neighbour. Throws
 /// RunTimeError(DivisionByZero) when no month is given.

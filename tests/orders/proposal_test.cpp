@@ -1,3 +1,4 @@
+#include "orders/explanation.h"
 #include "orders/proposal.h"
 
 #include "common/errors.h"
@@ -105,6 +106,11 @@ void ProposalTest::bothWaysGiveTheHandMadeProposal()
     QCOMPARE(summary.examined, 4);
     QCOMPARE(summary.proposed, 2);
     QCOMPARE(summary.value.toText(), std::string("59.38"));
+    Explainer explainer(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
+    const Explanation typed = explainer.explainPart(request("2"), "b-1");
+    QCOMPARE(typed.partCode + " " + typed.lines.back().value, std::string("B-1 4"));
+    QCOMPARE(explainer.explainPart(request("2"), "D-4").outcome, Outcome::CameToZero);
+    QCOMPARE(explainer.explainPart(request("2"), "B-1'").outcome, Outcome::NotInMaster);
     // Cover 0: below the minimum, but nothing is left to order.
     proposal.analyse(request(""), {}, way);
     QCOMPARE(proposed(dealer), QByteArray());

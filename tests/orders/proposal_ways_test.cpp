@@ -1,12 +1,18 @@
 // The one pass over the movements must give what the statements give, to the last digit, over dealerships
-// full of everything that could tell the two apart.
+// full of everything that could tell the two apart; so must the explanation of each part, and a plain sum
+// over the rows that another program writes out.
+#include "orders/explanation.h"
 #include "orders/proposal.h"
 
+#include "common/db.h"
 #include "tests/support/small_dealership.h"
 
+#include <QProcess>
 #include <QTest>
 
 #include <array>
+#include <cmath>
+#include <map>
 #include <random>
 
 using namespace orders;
@@ -104,10 +110,176 @@ std::vector<jet::TableSpec> withoutKeys()
     return tables;
 }
 
-QByteArray contents(SmallDealership &dealer)
+/// `Dum` and the grid that is made of it.
+QByteArray contents(SmallDealership &dealer, Proposal &proposal)
 {
-    return rowsOf("Select * From Dum Order by A21", dealer.conLayouts,
-                  {"A66", "A21", "A22", "A23", "A67", "A68", "A69", "A70", "A71", "A72", "A73", "A74"});
+    QByteArray text =
+        rowsOf("Select * From Dum Order by A21", dealer.conLayouts,
+               {"A66", "A21", "A22", "A23", "A67", "A68", "A69", "A70", "A71", "A72", "A73", "A74"});
+    TextGrid grid(kColumns);
+    grid.setRows(2);
+    grid.setCurrent(1, kColPartNo);
+    proposal.fillGrid(grid, 1);
+    for (int row = 1; row < grid.rows(); ++row) {
+        text += "\n" + QByteArray::number(grid.rowData(row));
+        for (int column = 0; column < kColumns; ++column)
+            text += "|" + QByteArray::fromStdString(grid.text(row, column));
+    }
+    return text;
+}
+
+/// Two years of movements, and one before.
+void makeYears(SmallDealership &dealer, Dice &dice, bool doubled)
+{
+    dealer.listYear(1, "Y25", kYearEnd);
+    dealer.listYear(2, "Y26", Value());
+    const auto tables = doubled ? withoutKeys() : data::schema::yearTables();
+    addItems(dice, dealer.year("Y25", tables), true, doubled);
+    addItems(dice, dealer.year("Y26", tables), false, doubled);
+    addMovements(dice, dealer.year("Y24"), Date::fromYmd(2024, 4, 1), 60);
+    addMovements(dice, dealer.year("Y25"), Date::fromYmd(2026, 3, 1), 31);
+    addMovements(dice, dealer.year("Y26"), Date::fromYmd(2026, 4, 1), 40);
+}
+
+/// Quantities of `Dum` by item code.
+std::map<int, QByteArray> proposedQuantities(SmallDealership &dealer)
+{
+    std::map<int, QByteArray> quantities;
+    for (const QByteArray &row : rowsOf("Select * From Dum", dealer.conLayouts, {"A66", "A72"}).split('\n')) {
+        if (!row.isEmpty())
+            quantities[row.split('|').front().toInt()] = row.split('|').back();
+    }
+    return quantities;
+}
+
+/// True when loading the item (or all items, with 0) by statement puts it into `Dum`.
+bool loads(SmallDealership &dealer, Statistics &statistics, const Period &period, int item)
+{
+    Clear_Table(dealer.conLayouts, "DUM");
+    statistics.Stk_Items_Load(period, item);
+    return data::Recordset("Select * From Dum", dealer.conLayouts).hasRows();
+}
+
+/// Holds the explanation of every item against the rows of `Dum`, and against what the statements load.
+void compareExplanations(SmallDealership &dealer, const ProposalRequest &request)
+{
+    const auto proposed = proposedQuantities(dealer);
+    Statistics statistics(dealer.session, dealer.conMain, dealer.conLayouts);
+    Clear_Table(dealer.conLayouts, "DUM");
+    statistics.Stk_Items_Load(request.period, 0);
+    const QByteArray wentOut = "\n" + rowsOf("Select * From Dum", dealer.conLayouts, {"A66"}) + "\n";
+    Explainer explainer(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
+    for (int item = 1; item <= kItems + 3; ++item) {
+        const Explanation explanation = explainer.explain(request, item);
+        const auto row = proposed.find(item);
+        QCOMPARE(explanation.outcome == Outcome::Proposed, row != proposed.end());
+        const QByteArray quantity = row != proposed.end() ? row->second : QByteArray("0");
+        QCOMPARE(QByteArray::fromStdString(explanation.quantity.toText()), quantity);
+        QCOMPARE(QByteArray::fromStdString(explanation.lines.back().value), quantity);
+        QCOMPARE(explanation.outcome >= Outcome::StockCoversPeriod,
+                 wentOut.contains("\n" + QByteArray::number(item) + "\n"));
+        QCOMPARE(explanation.outcome > Outcome::OtherType, loads(dealer, statistics, request.period, item));
+        Period all = request.period;
+        all.type = OrderType::All;
+        QCOMPARE(explanation.outcome > Outcome::NotInMaster, loads(dealer, statistics, all, item));
+    }
+}
+
+/// The rows of a table as a program of its own writes them out, its heading left out.
+QList<QByteArrayList> writtenOut(const SmallDealership &dealer, const QString &year, const QString &table)
+{
+    QProcess dump;
+    dump.start(QStringLiteral(JETDUMP),
+               {QStringLiteral("--password"), QString::fromUtf8(data::schema::kPassword.data()),
+                QString::fromStdString(dealer.folder()) + QStringLiteral("/server/DataBas/%1.mdb").arg(year),
+                table});
+    dump.waitForFinished();
+    QList<QByteArrayList> rows;
+    for (const QByteArray &line : dump.readAllStandardOutput().split('\n')) {
+        if (!line.isEmpty())
+            rows << line.split(',');
+    }
+    rows.removeFirst();
+    return rows;
+}
+
+/// "12.5" as a count of ten-thousandths.
+std::int64_t scaled(const QByteArray &number)
+{
+    return std::llround(number.toDouble() * 10'000);
+}
+
+/// Sums of one item, by the plainest way there is.
+struct PlainSums
+{
+    std::int64_t out = 0;
+    std::int64_t sold = 0;
+    std::int64_t stockIn = 0;
+    std::int64_t stockOut = 0;
+    bool selects = false;
+    bool known = false;
+    QByteArray firstSale;
+    std::int64_t minimum = 0;
+};
+
+std::map<int, PlainSums> plainSums(const SmallDealership &dealer, const QString &year, const QByteArray &from,
+                                   const QByteArray &to)
+{
+    std::map<int, PlainSums> sums;
+    for (const QByteArrayList &row : writtenOut(dealer, year, QStringLiteral("Mast_Items"))) {
+        sums[row[0].toInt()].known = true;
+        sums[row[0].toInt()].minimum = scaled(row[9]);
+    }
+    for (const QByteArrayList &row : writtenOut(dealer, year, QStringLiteral("Stock_Stock"))) {
+        if (row[0].isEmpty())
+            continue;
+        PlainSums &item = sums[row[0].toInt()];
+        item.stockIn += scaled(row[1]);
+        item.stockOut += scaled(row[2]);
+        if (row[3].isEmpty() || row[3] < from || row[3] >= to || row[4].isEmpty())
+            continue;
+        if (!QByteArrayList{"64", "65", "131", "132"}.contains(row[4])) {
+            item.out += scaled(row[2]);
+            item.selects = item.selects || scaled(row[2]) > 0;
+        }
+        if (QByteArrayList{"71", "72", "73", "74", "13"}.contains(row[4])) {
+            item.sold += scaled(row[2]);
+            if (item.firstSale.isEmpty() || row[3] < item.firstSale)
+                item.firstSale = row[3];
+        }
+    }
+    return sums;
+}
+
+/// The line of an item, of type ALL and with a whole cover: sold, days, average, stock, quantity; "" when it
+/// is dropped.
+QByteArray plainLine(const PlainSums &newer, const PlainSums &older, int months, int cover,
+                     const QByteArray &to)
+{
+    const std::int64_t out = (newer.known ? newer.out : 0) + (older.known ? older.out : 0);
+    const std::int64_t stock = newer.stockIn - newer.stockOut;
+    const bool first = newer.known && newer.selects;
+    if (!first && !(older.known && older.selects))
+        return {};
+    const std::int64_t minimum = first ? newer.minimum : older.minimum;
+    if (stock >= out || (stock >= minimum && stock >= out * cover))
+        return {};
+    // To four decimals first, then to a whole number; the mode of rounding is halves to even.
+    const double average =
+        std::max(1.0, std::nearbyint(std::nearbyint(static_cast<double>(out) / months) / 10'000));
+    const std::int64_t quantity = static_cast<std::int64_t>(average) * cover * 10'000 - stock;
+    if (quantity <= 0)
+        return {};
+    const QByteArray sale = newer.firstSale.isEmpty() ? older.firstSale : newer.firstSale;
+    const auto dayOf = [](const QByteArray &text) {
+        return QDate::fromString(QString::fromLatin1(text.first(10)), Qt::ISODate);
+    };
+    const auto days = sale.isEmpty() ? 0 : dayOf(sale).daysTo(dayOf(to));
+    const auto text = [](std::int64_t amount) {
+        return QByteArray::fromStdString(Currency::fromRaw(amount).toText());
+    };
+    return text(newer.sold + older.sold) + "|" + QByteArray::number(days) + " Days|" +
+           QByteArray::number(average) + "|" + text(stock) + "|" + text(quantity);
 }
 
 } // namespace
@@ -119,6 +291,8 @@ class ProposalWaysTest : public QObject
 private slots:
     void bothWaysAgree_data();
     void bothWaysAgree();
+    void figuresAreThoseOfTheRowsWrittenOut_data();
+    void figuresAreThoseOfTheRowsWrittenOut();
 };
 
 void ProposalWaysTest::bothWaysAgree_data()
@@ -142,14 +316,7 @@ void ProposalWaysTest::bothWaysAgree()
     QFETCH(bool, doubled);
     Dice dice(static_cast<unsigned>(seed));
     SmallDealership dealer(access2000 ? jet::Version::Jet4 : jet::Version::Jet3);
-    dealer.listYear(1, "Y25", kYearEnd);
-    dealer.listYear(2, "Y26", Value());
-    const auto tables = doubled ? withoutKeys() : data::schema::yearTables();
-    addItems(dice, dealer.year("Y25", tables), true, doubled);
-    addItems(dice, dealer.year("Y26", tables), false, doubled);
-    addMovements(dice, dealer.year("Y24"), Date::fromYmd(2024, 4, 1), 60);
-    addMovements(dice, dealer.year("Y25"), Date::fromYmd(2026, 3, 1), 31);
-    addMovements(dice, dealer.year("Y26"), Date::fromYmd(2026, 4, 1), 40);
+    makeYears(dealer, dice, doubled);
     dealer.connect(ownYear.toUpper().toStdString());
     dealer.session.DbMst = ownYear.toStdString();
 
@@ -163,12 +330,51 @@ void ProposalWaysTest::bothWaysAgree()
             const ProposalRequest request = {
                 {from, Date::fromYmd(2026, 5, 5), static_cast<OrderType>(type)}, months, cover};
             proposal.analyse(request, {}, Proposal::Way::Statements);
-            const QByteArray expected = contents(dealer);
+            const QByteArray expected = contents(dealer, proposal);
             proposed += proposal.analyse(request).proposed;
-            QCOMPARE(contents(dealer), expected);
+            QCOMPARE(contents(dealer, proposal), expected);
+            if (type <= 2)
+                compareExplanations(dealer, request);
+            if (QTest::currentTestFailed())
+                return;
         }
     }
     QVERIFY2(proposed > 100, "the dealership is too quiet to tell the ways apart");
+}
+
+void ProposalWaysTest::figuresAreThoseOfTheRowsWrittenOut_data()
+{
+    QTest::addColumn<int>("seed");
+    QTest::addColumn<bool>("access2000");
+    QTest::newRow("Access 97") << 11 << false;
+    QTest::newRow("Access 2000") << 12 << true;
+}
+
+void ProposalWaysTest::figuresAreThoseOfTheRowsWrittenOut()
+{
+    QFETCH(int, seed);
+    QFETCH(bool, access2000);
+    constexpr int kMonths = 2;
+    constexpr int kCover = 40;
+    Dice dice(static_cast<unsigned>(seed));
+    SmallDealership dealer(access2000 ? jet::Version::Jet4 : jet::Version::Jet3);
+    makeYears(dealer, dice, false);
+    dealer.connect("Y26");
+    Proposal proposal(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
+    proposal.analyse(
+        {{Date::fromYmd(2026, 3, 20), Date::fromYmd(2026, 5, 5), OrderType::All}, kMonths, "40"});
+
+    auto newer = plainSums(dealer, QStringLiteral("Y26"), "2026-03-20T00:00:00", "2026-05-05T00:00:00");
+    auto older = plainSums(dealer, QStringLiteral("Y25"), "2026-03-20T00:00:00", "2026-05-05T00:00:00");
+    int lines = 0;
+    for (int item = 1; item <= kItems + 3; ++item) {
+        const QByteArray plain = plainLine(newer[item], older[item], kMonths, kCover, "2026-05-05T00:00:00");
+        QCOMPARE(rowsOf("Select * From Dum Where A66 = " + std::to_string(item), dealer.conLayouts,
+                        {"A67", "A23", "A68", "A69", "A72"}),
+                 plain);
+        lines += plain.isEmpty() ? 0 : 1;
+    }
+    QVERIFY(lines > 10);
 }
 
 QTEST_APPLESS_MAIN(ProposalWaysTest)

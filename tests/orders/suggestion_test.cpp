@@ -4,6 +4,7 @@
 
 #include <QTest>
 
+using orders::Need;
 using orders::Od;
 
 namespace {
@@ -14,6 +15,8 @@ Currency amount(const char *text)
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(orders::Need)
 
 class SuggestionTest : public QObject
 {
@@ -37,24 +40,24 @@ void SuggestionTest::neededItems_data()
     QTest::addColumn<QByteArray>("stock");
     QTest::addColumn<QByteArray>("minimum");
     QTest::addColumn<double>("cover");
-    QTest::addColumn<bool>("needed");
+    QTest::addColumn<Need>("need");
 
     QTest::newRow("stock equals outgoings")
-        << QByteArray("10") << QByteArray("10") << QByteArray("50") << 5.0 << false;
+        << QByteArray("10") << QByteArray("10") << QByteArray("50") << 5.0 << Need::CoveredByStock;
     QTest::newRow("a hair below") << QByteArray("10") << QByteArray("9.9999") << QByteArray("50") << 0.0
-                                  << true;
+                                  << Need::Needed;
     QTest::newRow("minimum alone, cover 0")
-        << QByteArray("10") << QByteArray("4") << QByteArray("5") << 0.0 << true;
+        << QByteArray("10") << QByteArray("4") << QByteArray("5") << 0.0 << Need::Needed;
     QTest::newRow("at the minimum, cover 0")
-        << QByteArray("10") << QByteArray("5") << QByteArray("5") << 0.0 << false;
+        << QByteArray("10") << QByteArray("5") << QByteArray("5") << 0.0 << Need::AboveMinimumAndCover;
     QTest::newRow("period total times cover")
-        << QByteArray("10") << QByteArray("4.9") << QByteArray("0") << 0.5 << true;
+        << QByteArray("10") << QByteArray("4.9") << QByteArray("0") << 0.5 << Need::Needed;
     QTest::newRow("at total times cover")
-        << QByteArray("10") << QByteArray("5") << QByteArray("0") << 0.5 << false;
+        << QByteArray("10") << QByteArray("5") << QByteArray("0") << 0.5 << Need::AboveMinimumAndCover;
     QTest::newRow("negative stock, cover 0")
-        << QByteArray("0") << QByteArray("-1") << QByteArray("0") << 0.0 << true;
+        << QByteArray("0") << QByteArray("-1") << QByteArray("0") << 0.0 << Need::Needed;
     QTest::newRow("negative cover") << QByteArray("10") << QByteArray("-5") << QByteArray("-6") << -1.0
-                                    << false;
+                                    << Need::AboveMinimumAndCover;
 }
 
 void SuggestionTest::neededItems()
@@ -63,7 +66,7 @@ void SuggestionTest::neededItems()
     QFETCH(QByteArray, stock);
     QFETCH(QByteArray, minimum);
     QFETCH(double, cover);
-    QTEST(orders::isNeeded(amount(outgoing), amount(stock), amount(minimum), cover), "needed");
+    QTEST(orders::needOf(amount(outgoing), amount(stock), amount(minimum), cover), "need");
 }
 
 void SuggestionTest::averages_data()
