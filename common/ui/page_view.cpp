@@ -35,7 +35,7 @@ void PageView::setPages(Pages pages)
 {
     m_pages = std::move(pages);
     applyZoom();
-    goTo(m_page);
+    setPage(std::clamp(m_page, 0, std::max(0, m_pages.count - 1)));
     viewport()->update();
 }
 
@@ -51,7 +51,7 @@ QSize PageView::pagePixels() const
 
 int PageView::rowHeight() const
 {
-    return pagePixels().height() + kGap;
+    return pagePixels().height() + (m_pages.joined ? 0 : kGap);
 }
 
 QRect PageView::pageRect(int page) const
@@ -91,7 +91,8 @@ void PageView::applyZoom()
         m_zoom = std::max(0.1, m_fit == Fit::Width ? wide : std::min(wide, high));
     }
     bar->setPageStep(viewport()->height());
-    bar->setRange(0, std::max(0, kGap + m_pages.count * rowHeight() - viewport()->height()));
+    const int whole = m_pages.count * rowHeight() + (m_pages.joined ? 2 * kGap : kGap);
+    bar->setRange(0, std::max(0, whole - viewport()->height()));
     horizontalScrollBar()->setPageStep(viewport()->width());
     horizontalScrollBar()->setRange(0, std::max(0, pagePixels().width() + 2 * kGap - viewport()->width()));
     if (m_fit == Fit::Page)
@@ -151,7 +152,8 @@ void PageView::paintEvent(QPaintEvent *event)
         if (!paper.adjusted(-kGap, -kGap, kGap, kGap).intersects(event->rect()))
             continue;
         painter.fillRect(paper.translated(3, 3), QColor::fromRgba(kShadow));
-        painter.fillRect(paper.adjusted(-1, -1, 1, 1), QColor(kRim));
+        const int top = m_pages.joined && page > 0 ? 0 : 1;
+        painter.fillRect(paper.adjusted(-1, -top, 1, 1), QColor(kRim));
         painter.fillRect(paper, Qt::white);
         painter.save();
         painter.setClipRect(paper & event->rect());

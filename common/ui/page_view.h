@@ -18,6 +18,7 @@ struct Pages
     int count = 0;
     QSizeF size;                ///< of a page, in units of the painter
     double unitsPerInch = 1440; ///< resolution that `size` and `paint` count in
+    bool joined = false;        ///< no gap between the pages, as on continuous paper
     std::function<void(QPainter &painter, int page)> paint;
 };
 
@@ -57,7 +58,7 @@ private:
     [[nodiscard]] double pixelsPerUnit() const;
     [[nodiscard]] QSize pagePixels() const;
     [[nodiscard]] QRect pageRect(int page) const;
-    [[nodiscard]] int rowHeight() const; ///< a page and the gap above it
+    [[nodiscard]] int rowHeight() const; ///< a page and the gap below it
     void applyZoom();
     void takePageFromPosition();
     void setPage(int page);

@@ -1,5 +1,6 @@
 #include "common/ui/qt_dialogs.h"
 
+#include "common/ui/preview_window.h"
 #include "common/ui/text.h"
 
 #include <QApplication>
@@ -31,11 +32,30 @@ QMessageBox::Icon boxIcon(Dialogs::Icon icon)
     return QMessageBox::NoIcon;
 }
 
+/// The window that asks. Between two boxes none is active; then it is the one behind them, and never a
+/// preview, which only stands beside.
+QWidget *asker()
+{
+    for (QWidget *window : {QApplication::activeWindow(), QApplication::activeModalWidget()}) {
+        if (window)
+            return window;
+    }
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        const bool asks = window->windowType() == Qt::Window || window->windowType() == Qt::Dialog;
+        if (asks && window->isVisible() && !qobject_cast<PreviewWindow *>(window))
+            return window;
+    }
+    return nullptr;
+}
+
 /// Shows a box and gives the button that ended it.
 int show(const char *name, const QString &text, QMessageBox::Icon icon, const QString &title,
          QMessageBox::StandardButtons buttons)
 {
-    QMessageBox box(icon, title, QString(), buttons, QApplication::activeWindow());
+    QMessageBox box(icon, title, QString(), buttons, asker());
+    // A preview beside the window that asks can still be looked at.
+    if (box.parentWidget())
+        box.setWindowModality(Qt::WindowModal);
     box.setObjectName(QLatin1String(name));
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
@@ -90,7 +110,7 @@ std::string QtDialogs::openFile(const std::vector<std::string> &filters)
 {
     if (m_shell.ended())
         return {};
-    QFileDialog box(QApplication::activeWindow(), titleText(Title::Product));
+    QFileDialog box(asker(), titleText(Title::Product));
     prepare(box, "openFile");
     box.setFileMode(QFileDialog::ExistingFile);
     QStringList list;
@@ -105,7 +125,7 @@ std::string QtDialogs::saveFile(const std::string &suggested, const std::string 
     if (m_shell.ended())
         return {};
     const QFileInfo proposal(shown(suggested));
-    QFileDialog box(QApplication::activeWindow(), titleText(Title::Product), proposal.path());
+    QFileDialog box(asker(), titleText(Title::Product), proposal.path());
     prepare(box, "saveFile");
     box.setAcceptMode(QFileDialog::AcceptSave);
     box.setNameFilter(fileFilter(filter));

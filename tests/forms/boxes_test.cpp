@@ -1,4 +1,5 @@
 // The boxes on the screen: their titles, their keys, and that none comes up after the end of the program.
+#include "common/ui/preview_window.h"
 #include "common/ui/qt_dialogs.h"
 #include "common/ui/qt_shell.h"
 #include "tests/support/in_modal.h"
@@ -6,6 +7,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTemporaryDir>
 
 using namespace Qt::Literals::StringLiterals;
@@ -20,6 +22,7 @@ private slots:
     void titlesAndIcons();
     void errorShowsNumberAndSentence();
     void fileBoxesAskForAName();
+    void aPreviewBesideStaysUsable();
     void noBoxComesUpAfterTheEnd();
     void startedProgramRunsInItsFolder();
 
@@ -112,6 +115,29 @@ void BoxesTest::fileBoxesAskForAName()
         accept(box);
     });
     QCOMPARE(path, folder.filePath(u"mine.pdf"_s).toStdString());
+}
+
+void BoxesTest::aPreviewBesideStaysUsable()
+{
+    QLineEdit form;
+    form.show();
+    QVERIFY(QTest::qWaitForWindowActive(&form));
+    const QPointer<ui::PreviewWindow> preview = new ui::PreviewWindow(u"preview"_s, m_dialogs);
+    preview->setAttribute(Qt::WA_ShowWithoutActivating);
+    preview->show();
+    inModal<QMessageBox>(
+        [&] { m_dialogs.question("Send it?", Dialogs::Icon::Question, Dialogs::Title::Product); },
+        [&](QMessageBox &box) {
+            QCOMPARE(box.parentWidget(), &form);
+            // Through the windows, which is where a modal box holds keys back.
+            QTest::keyClick(form.windowHandle(), Qt::Key_X);
+            preview->activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(preview));
+            QTest::keyClick(preview->windowHandle(), Qt::Key_Escape);
+            QTRY_VERIFY(!preview);
+            QCOMPARE(form.text(), QString());
+            QVERIFY(box.isVisible());
+        });
 }
 
 void BoxesTest::noBoxComesUpAfterTheEnd()
