@@ -10,8 +10,6 @@
 
 using namespace output::escp;
 
-Q_DECLARE_METATYPE(PaperAdvance)
-
 namespace {
 
 constexpr auto kReturns = PaperAdvance::ReturnsCarriage;
