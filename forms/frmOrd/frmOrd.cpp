@@ -8,6 +8,7 @@
 #include "data/recordset.h"
 #include "forms/frmOrd/frmOrd_ui.h"
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
+#include "forms/paper_preview/paper_preview.h"
 #include "orders/permission.h"
 #include "orders/persistence.h"
 #include "output/print_order.h"
@@ -72,6 +73,7 @@ frmOrd::frmOrd(const forms::Context &context, QWidget *parent)
 
 frmOrd::~frmOrd()
 {
+    delete m_paper;
     // The controls report their end to the form; nothing of it may answer any more.
     for (QWidget *control : findChildren<QWidget *>())
         control->removeEventFilter(this);
@@ -104,6 +106,7 @@ void frmOrd::connectControls()
     ui::on(m_ui->CmdSave, &QPushButton::clicked, this, &frmOrd::CmdSave_Click);
     ui::on(m_ui->cmdXls, &QPushButton::clicked, this, &frmOrd::cmdXls_Click);
     ui::on(m_ui->cmdImp, &QPushButton::clicked, this, &frmOrd::cmdImp_Click);
+    ui::on(m_ui->cmdPaper, &QPushButton::clicked, this, &frmOrd::cmdPaper_Click);
     ui::on(m_ui->cmdExit, &QPushButton::clicked, this, &frmOrd::cmdExit_Click);
     ui::on(m_ui->Timer1, &QTimer::timeout, this, &frmOrd::Timer1_Timer);
     // Popups (the calendars) keep their keys.

@@ -17,6 +17,7 @@
 #include "orders/proposal.h"
 #include "output/sheet_import.h"
 
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
@@ -27,6 +28,7 @@
 
 class QKeyEvent;
 class QLineEdit;
+class PaperPreview;
 class frmOrdUi;
 
 class frmOrd : public QWidget
@@ -103,6 +105,8 @@ private:
     void Save_Data();
     void Get_Data();
     void Print_Form();
+    void cmdPaper_Click();
+    [[nodiscard]] PaperPreview &paper();
     void showHeader(const orders::OrderHeader &header);
     void showStoredLines(double number);
     void emptyGrid();
@@ -141,5 +145,6 @@ private:
     bool m_totalStale = true;         ///< the lines changed since the net total was worked out
     /// Runs fgList_GotFocus behind the focus event, within which the focus cannot be passed on.
     QTimer m_gridFocus;
+    QPointer<PaperPreview> m_paper; ///< the print file as paper, while it is shown
     bool m_busy = false;
 };

@@ -5,9 +5,12 @@
 #include "common/numbers.h"
 #include "common/ui/text.h"
 #include "common/value.h"
+#include "data/paths.h"
 #include "forms/frmOrd/frmOrd_ui.h"
+#include "forms/paper_preview/paper_preview.h"
 #include "orders/persistence.h"
 #include "output/print_order.h"
+#include "output/text_printer.h"
 
 namespace {
 
@@ -88,7 +91,25 @@ void frmOrd::Print_Form()
     request.orderNumberText = ui::typed(m_ui->txtOrdNo->text());
     request.order = static_cast<output::PrintOrder>(m_ui->cmbOrder->selectedData().value_or(0));
     request.rates = m_ui->chkRat->isChecked();
+    context.showPaper = [this] { paper().showBeside(); };
     output::Print_Form(context, request);
+}
+
+/// Shows the print file that lies in the server folder, whoever wrote it.
+void frmOrd::cmdPaper_Click()
+{
+    if (!data::fileExists(output::printerFile(m_context.session))) {
+        return dialogs().notice(
+            ui::typed(tr("There is no print file yet. Save an order and print it in text mode first.")));
+    }
+    paper().showInFront();
+}
+
+PaperPreview &frmOrd::paper()
+{
+    if (!m_paper)
+        m_paper = new PaperPreview(output::printerFile(m_context.session), dialogs());
+    return *m_paper;
 }
 
 void frmOrd::Get_Data()

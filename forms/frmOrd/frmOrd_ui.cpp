@@ -140,6 +140,7 @@ void frmOrdUi::createActions()
     lblP = create<QLabel>("lblP", Pic, tr("Print &order:"));
     lblP->setBuddy(cmbOrder);
     chkRat = create<QCheckBox>("chkRat", Pic, tr("Print &rates and amounts"));
+    cmdPaper = createButton("cmdPaper", Pic, tr("Sho&w Paper"));
 
     Pb = create<QProgressBar>("Pb", Pic);
     setCharacters(Pb, kProgressCharacters);
@@ -184,6 +185,7 @@ void frmOrdUi::describe()
         {txtItem, tr("Cell of the order line"), {}},
         {cmbOrder, tr("Print order"), tr("Order of the lines on paper")},
         {chkRat, tr("Print rates and amounts"), tr("Prints rates, amounts and the total too")},
+        {cmdPaper, tr("Show paper"), tr("Shows the last text print as it comes out of the printer")},
         {Pb, tr("Progress"), tr("How far the running work is")},
         {lblResult, tr("Result"), tr("What the last proposal or exchange came to")},
         {lblNetTotal, tr("Net total"), tr("Sum of all amounts, renewed every second")},
@@ -295,6 +297,8 @@ QLayout *frmOrdUi::printBand()
     band->addWidget(cmbOrder);
     band->addSpacing(kFieldGap);
     band->addWidget(chkRat);
+    band->addSpacing(kFieldGap);
+    band->addWidget(cmdPaper);
     band->addSpacing(kGroupGap);
     // The two take turns in the same place: the work, then what it came to.
     band->addWidget(Pb, 1);
@@ -325,9 +329,9 @@ QLayout *frmOrdUi::actionBand()
 /// The order of work: whose order, what to propose, the lines, the paper, save.
 void frmOrdUi::setTabOrder()
 {
-    QWidget *const order[] = {txtOrdNo, dtpOrdDate, cmdSup,  txtSName, txtPlace, cmbType,
-                              cmbMonth, dtpAvgFrom, txtMQ,   cmdView,  fgList,   txtItem,
-                              cmbOrder, chkRat,     CmdSave, cmdExit,  cmdImp,   cmdXls};
+    QWidget *const order[] = {txtOrdNo,   dtpOrdDate, cmdSup,  txtSName, txtPlace, cmbType,  cmbMonth,
+                              dtpAvgFrom, txtMQ,      cmdView, fgList,   txtItem,  cmbOrder, chkRat,
+                              CmdSave,    cmdExit,    cmdImp,  cmdXls,   cmdPaper};
     for (std::size_t next = 1; next < std::size(order); ++next)
         QWidget::setTabOrder(order[next - 1], order[next]);
 }

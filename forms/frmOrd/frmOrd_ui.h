@@ -61,6 +61,7 @@ public:
     QLabel *lblP;
     ui::ComboBox *cmbOrder;
     QCheckBox *chkRat;
+    QPushButton *cmdPaper;
     QProgressBar *Pb;
     QLabel *lblResult; ///< what the last fill, export or import came to
     QFrame *fmAmt;

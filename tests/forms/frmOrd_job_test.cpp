@@ -3,8 +3,10 @@
 #include "tests/output/visible_stream.h"
 
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
+#include "forms/paper_preview/paper_preview.h"
 
 #include <QAbstractButton>
+#include <QPointer>
 #include <QProcess>
 #include <QStandardPaths>
 
@@ -31,6 +33,15 @@ QByteArray exported(const std::string &file, const char *table)
                                                  QString::fromStdString(file), QLatin1String(table)});
     process.waitForFinished();
     return process.readAllStandardOutput();
+}
+
+PaperPreview *shownPaper()
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (auto *paper = qobject_cast<PaperPreview *>(window); paper && paper->isVisible())
+            return paper;
+    }
+    return nullptr;
 }
 
 void chooseSupplier(const OrderDesk &desk)
@@ -96,6 +107,9 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_R, Qt::AltModifier);
     QTRY_VERIFY(desk.control("chkRat")->property("checked").toBool());
+    desk.press(Qt::Key_W, Qt::AltModifier);
+    QTRY_COMPARE(desk.dialogs.shown.size(), 1); // there is no print file yet
+    QVERIFY(desk.dialogs.takeShown().constFirst().contains(QStringLiteral("no print file yet")));
     desk.dialogs.answers << true << true << false;
     desk.press(Qt::Key_S, Qt::AltModifier);
     QTRY_COMPARE(desk.text("lblNetTotal"), QStringLiteral("0"));
@@ -109,8 +123,12 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     QVERIFY(desk.shell.started.empty());
     QCOMPARE(desk.text("txtOrdNo"), QStringLiteral("43"));
     QCOMPARE(desk.lines()->rowCount(), 1);
+    const QPointer<PaperPreview> paper = shownPaper();
+    QVERIFY(paper);
+    QCOMPARE(paper->view().pageCount(), 1);
 
     desk.form.reset();
+    QVERIFY(!paper);
     if (QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty())
         QSKIP("mdb-export is not installed: 2 comparisons left out");
     const std::string file = desk.dealer.folder() + "/server/DataBas/Y26.mdb";

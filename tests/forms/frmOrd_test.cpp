@@ -466,7 +466,7 @@ void frmOrdTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()
             QVERIFY2(!widget->objectName().isEmpty() && !widget->accessibleName().isEmpty(),
                      widget->metaObject()->className());
     }
-    QCOMPARE(mnemonics.size(), 17);
+    QCOMPARE(mnemonics.size(), 18);
 }
 
 void frmOrdTest::tabGoesInTheOrderOfWork()
@@ -484,7 +484,7 @@ void frmOrdTest::tabGoesInTheOrderOfWork()
     QCOMPARE(order.join(QLatin1Char(' ')),
              QStringLiteral(
                  "txtOrdNo dtpOrdDate cmdSup txtSName txtPlace cmbType cmbMonth dtpAvgFrom txtMQ cmdView "
-                 "txtItem cmbOrder chkRat CmdSave cmdExit cmdXls txtOrdNo"));
+                 "txtItem cmbOrder chkRat CmdSave cmdExit cmdXls cmdPaper txtOrdNo"));
     // And back out of the editor, past the grid.
     desk.enter(1, orders::kColPartNo);
     desk.control("txtItem")->setFocus();
