@@ -18,8 +18,8 @@ struct Pages
     int count = 0;
     QSizeF size;                ///< of a page, in units of the painter
     double unitsPerInch = 1440; ///< resolution that `size` and `paint` count in
-    bool joined = false;        ///< no gap between the pages, as on continuous paper
     std::function<void(QPainter &painter, int page)> paint;
+    bool joined = false; ///< no gap between the pages, as on continuous paper
 };
 
 class PageView : public QAbstractScrollArea

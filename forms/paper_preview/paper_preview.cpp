@@ -120,13 +120,13 @@ void PaperPreview::interpret()
 void PaperPreview::showSheets()
 {
     const bool bars = m_bars->isChecked();
-    showPages({.count = m_sheets.count(),
-               .size = m_sheets.size(PaperStock::Continuous),
-               .unitsPerInch = kUnitsPerInch,
-               .joined = true,
-               .paint = [this, bars](QPainter &painter, int page) {
-                   m_sheets.paint(painter, page, PaperStock::Continuous, bars);
-               }});
+    showPages(
+        {.count = m_sheets.count(),
+         .size = m_sheets.size(PaperStock::Continuous),
+         .unitsPerInch = kUnitsPerInch,
+         .paint = [this, bars](QPainter &painter,
+                               int page) { m_sheets.paint(painter, page, PaperStock::Continuous, bars); },
+         .joined = true});
 }
 
 /// What the picture cannot show.
