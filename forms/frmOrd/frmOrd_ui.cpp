@@ -140,7 +140,7 @@ void frmOrdUi::createActions()
     lblP = create<QLabel>("lblP", Pic, tr("Print &order:"));
     lblP->setBuddy(cmbOrder);
     chkRat = create<QCheckBox>("chkRat", Pic, tr("Print &rates and amounts"));
-    cmdPaper = createButton("cmdPaper", Pic, tr("Sho&w Paper"));
+    cmdPaper = createButton("cmdPaper", Pic, tr("Loo&k at Paper"));
 
     Pb = create<QProgressBar>("Pb", Pic);
     setCharacters(Pb, kProgressCharacters);

@@ -107,7 +107,7 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_R, Qt::AltModifier);
     QTRY_VERIFY(desk.control("chkRat")->property("checked").toBool());
-    desk.press(Qt::Key_W, Qt::AltModifier);
+    desk.press(Qt::Key_K, Qt::AltModifier);
     QTRY_COMPARE(desk.dialogs.shown.size(), 1); // there is no print file yet
     QVERIFY(desk.dialogs.takeShown().constFirst().contains(QStringLiteral("no print file yet")));
     desk.dialogs.answers << true << true << false;
