@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 namespace output {
 
@@ -279,8 +280,10 @@ void Calc::open(const std::string &file, SpreadsheetApplication::Access access)
                        cannot + ": " + (reason.empty() ? "it is damaged, or no spreadsheet" : reason) + ".");
     }
     m_parts->file = file;
-    const Reference<frame::XStorable> storable(m_parts->workbook, UNO_QUERY_THROW);
-    if (writes && guarded(ErrorNumber::Workbook, cannot, [&] { return bool(storable->isReadonly()); })) {
+    const bool readOnly = guarded(ErrorNumber::Workbook, cannot, [&] {
+        return bool(Reference<frame::XStorable>(m_parts->workbook, UNO_QUERY_THROW)->isReadonly());
+    });
+    if (writes && readOnly) {
         close();
         throw AppError(ErrorNumber::Workbook,
                        "The file " + file +
@@ -292,12 +295,9 @@ void Calc::close()
 {
     if (!m_parts->workbook.is())
         return;
-    const Reference<util::XCloseable> closing(m_parts->workbook, UNO_QUERY);
-    m_parts->workbook.clear();
-    guarded(ErrorNumber::Workbook, "The file " + m_parts->file + " cannot be closed", [&] {
-        if (closing.is())
-            closing->close(false);
-    });
+    const Reference<sheet::XSpreadsheetDocument> workbook = std::exchange(m_parts->workbook, {});
+    guarded(ErrorNumber::Workbook, "The file " + m_parts->file + " cannot be closed",
+            [&] { Reference<util::XCloseable>(workbook, UNO_QUERY_THROW)->close(false); });
 }
 
 void Calc::requireSheet(const std::string &name)

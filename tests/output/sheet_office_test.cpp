@@ -1,0 +1,188 @@
+// The office as a process: killed, hung, missing, and never left behind.
+#include "common/errors.h"
+#include "tests/output/office.h"
+
+#include <QProcess>
+#include <QTest>
+
+#include <functional>
+
+using namespace output;
+using Access = SpreadsheetApplication::Access;
+
+class SheetOfficeTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void aMissingOfficeIsNamed();
+    void faultsAtEachStepEndInAnErrorAndANewOffice_data();
+    void faultsAtEachStepEndInAnErrorAndANewOffice();
+    void anOfficeLostWhileIdleIsReplacedWithoutAWord();
+    void nothingStaysBehindAKilledProgram_data();
+    void nothingStaysBehindAKilledProgram();
+    void anEndedOfficeLeavesNothing();
+
+private:
+    [[nodiscard]] std::string template_() const { return m_template.toStdString(); }
+
+    Office m_machine;
+    QTemporaryDir m_folder;
+    QString m_template;
+};
+
+namespace {
+
+constexpr int kWaitMs = 60'000;
+
+struct Thrown
+{
+    ErrorNumber number{};
+    QString sentence;
+};
+
+template <class Act>
+Thrown thrownBy(Act act)
+{
+    try {
+        act();
+    } catch (const AppError &error) {
+        return {error.number(), QString::fromUtf8(error.what())};
+    }
+    return {};
+}
+
+} // namespace
+
+void SheetOfficeTest::initTestCase()
+{
+    if (!Office::installed())
+        QSKIP("LibreOffice Calc is not installed: 11 cases left out");
+    const QString fixture = qEnvironmentVariable("SPARES_FIXTURES") + QStringLiteral("/sheets/Ord.Xls");
+    m_template = m_folder.filePath(QStringLiteral("Ord.xls"));
+    if (!QFile::copy(fixture, m_template))
+        QSKIP("the spreadsheet fixtures are not there: 11 cases left out");
+    QVERIFY(QFile::setPermissions(m_template, QFile::ReadOwner | QFile::WriteOwner));
+}
+
+void SheetOfficeTest::aMissingOfficeIsNamed()
+{
+    LibreOffice::Settings settings = Office::settings();
+    settings.officeFolder = "/usr/lib/no-such-office/program";
+    LibreOffice office(settings);
+    office.prepare(); // says nothing
+    const Thrown thrown = thrownBy([&] { static_cast<void>(office.create()); });
+    QCOMPARE(thrown.number, ErrorNumber::SpreadsheetProgram);
+    QVERIFY2(thrown.sentence.contains(QStringLiteral("libreoffice-calc-nogui")), qPrintable(thrown.sentence));
+}
+
+void SheetOfficeTest::faultsAtEachStepEndInAnErrorAndANewOffice_data()
+{
+    QTest::addColumn<int>("step");
+    QTest::addColumn<int>("signal");
+    QTest::addRow("killed before open") << 0 << SIGKILL;
+    QTest::addRow("killed before sheet") << 1 << SIGKILL;
+    QTest::addRow("stopped before read") << 2 << SIGSTOP;
+    QTest::addRow("killed before write") << 3 << SIGKILL;
+    QTest::addRow("killed before save") << 4 << SIGKILL;
+}
+
+void SheetOfficeTest::faultsAtEachStepEndInAnErrorAndANewOffice()
+{
+    QFETCH(int, step);
+    QFETCH(int, signal);
+    // One that hangs is given up; one that was killed is noticed at once, however long the patience.
+    LibreOffice office(Office::settings(std::chrono::seconds(signal == SIGSTOP ? 10 : 90)));
+    auto application = office.create();
+    std::unique_ptr<Workbook> workbook;
+    std::unique_ptr<Worksheet> sheet;
+    CellBlock block(1, 1);
+    block.at(0, 0) = 7.0;
+    const std::function<void()> steps[] = {[&] { workbook = application->open(template_(), Access::Write); },
+                                           [&] { sheet = workbook->worksheet("Ord"); },
+                                           [&] { static_cast<void>(sheet->read(1, 1, 5, 5)); },
+                                           [&] { sheet->write(2, 3, block); }, [&] { workbook->save(); }};
+    for (int done = 0; done < step; ++done)
+        steps[done]();
+
+    QElapsedTimer time;
+    time.start();
+    m_machine.signalAll(signal);
+    const Thrown thrown = thrownBy(steps[step]);
+    QVERIFY2(time.elapsed() < 30'000, qPrintable(QString::number(time.elapsed())));
+    QCOMPARE(thrown.number, ErrorNumber::SpreadsheetProgram);
+    QVERIFY2(thrown.sentence.contains(QStringLiteral("LibreOffice")), qPrintable(thrown.sentence));
+    sheet.reset();
+    workbook.reset();
+    QTRY_VERIFY_WITH_TIMEOUT(m_machine.processes().empty(), kWaitMs);
+
+    // The mark of the dead office beside the file does not keep the next one from writing.
+    application = office.create();
+    workbook = application->open(template_(), Access::Write);
+    workbook->worksheet("Ord")->write(2, 3, block);
+    workbook->save();
+}
+
+void SheetOfficeTest::anOfficeLostWhileIdleIsReplacedWithoutAWord()
+{
+    LibreOffice office(Office::settings());
+    static_cast<void>(office.create());
+    const std::vector<pid_t> first = m_machine.processes();
+    QCOMPARE(first.size(), std::size_t{1});
+    m_machine.signalAll(SIGKILL);
+    const auto application = office.create();
+    QCOMPARE(
+        std::get<double>(
+            application->open(template_(), Access::Read)->worksheet("Summary")->read(1, 2, 1, 1).at(0, 0)),
+        0.0);
+    QVERIFY(m_machine.processes() != first);
+}
+
+void SheetOfficeTest::nothingStaysBehindAKilledProgram_data()
+{
+    QTest::addColumn<bool>("withItsHand");
+    QTest::addRow("the program") << false;
+    QTest::addRow("the program and velk-calc") << true;
+}
+
+void SheetOfficeTest::nothingStaysBehindAKilledProgram()
+{
+    QFETCH(bool, withItsHand);
+    QProcess user;
+    user.start(QStringLiteral(OFFICE_USER), {m_template});
+    QTRY_VERIFY_WITH_TIMEOUT(user.canReadLine(), 2 * kWaitMs);
+    QCOMPARE(m_machine.processes().size(), std::size_t{1});
+    if (withItsHand) {
+        QProcess hand;
+        hand.start(QStringLiteral("pkill"),
+                   {QStringLiteral("-KILL"), QStringLiteral("-P"), QString::number(user.processId())});
+        QVERIFY(hand.waitForFinished());
+    }
+    user.kill(); // SIGKILL
+    QVERIFY(user.waitForFinished(kWaitMs));
+    QTRY_VERIFY_WITH_TIMEOUT(m_machine.processes().empty(), kWaitMs);
+    if (!withItsHand)
+        QTRY_VERIFY_WITH_TIMEOUT(m_machine.folders().isEmpty(), kWaitMs);
+
+    // What could not be cleaned up then is cleaned up at the next start, and the workbook is free again.
+    LibreOffice next(Office::settings());
+    const auto application = next.create();
+    QCOMPARE(m_machine.folders().size(), 1);
+    static_cast<void>(application->open(template_(), Access::Write));
+}
+
+void SheetOfficeTest::anEndedOfficeLeavesNothing()
+{
+    LibreOffice office(Office::settings());
+    office.prepare(); // ended while it is still starting
+    office.end();
+    QVERIFY(m_machine.processes().empty());
+    static_cast<void>(office.create());
+    office.end();
+    QVERIFY(m_machine.processes().empty());
+    QCOMPARE(m_machine.folders(), QStringList());
+}
+
+QTEST_GUILESS_MAIN(SheetOfficeTest)
+#include "sheet_office_test.moc"
