@@ -8,7 +8,6 @@
 #include "samples/year_database.h"
 
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <system_error>
 
@@ -19,15 +18,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::int32_t kOrderTask = 2103;
-
-// Gets the folder, the drive, the port and the file name. The drive means nothing here. The print queue of
-// this workstation bears the port's name; "raw" hands the bytes to the printer as they are.
-constexpr const char *kPrintBatch =
-    "#!/bin/sh\n"
-    "# PPrint.Bat FOLDER DRIVE PORT FILE: sends a finished print file to the queue PORT.\n"
-    "[ $# -eq 4 ] || exit 2\n"
-    "cd -- \"$1\" || exit 1\n"
-    "exec lp -s -d \"$3\" -o raw -- \"$4\"\n";
 
 [[noreturn]] void fail(const fs::path &path, const std::error_code &error)
 {
@@ -61,7 +51,7 @@ public:
 private:
     void refuseOccupiedTarget() const;
     void makeServerFiles() const;
-    void copySheet(const char *name, const char *folder) const;
+    void copyFile(const fs::path &file, const char *folder) const;
     void makeSerPath() const;
     void makeLayouts() const;
     void makeMain() const;
@@ -112,28 +102,24 @@ void Maker::refuseOccupiedTarget() const
 void Maker::makeServerFiles() const
 {
     makeFolder(m_work / "server" / "StkOrder");
-    copySheet("Ord.Xls", "FlashFrm");
-    copySheet("branch-order.xls", "Received");
+    copyFile("sheets/Ord.Xls", "FlashFrm");
+    copyFile("sheets/branch-order.xls", "Received");
+    copyFile("PPrint.Bat", "");
     const fs::path batch = m_work / "server" / "PPrint.Bat";
-    std::ofstream file(batch, std::ios::binary);
-    file << kPrintBatch;
-    file.close();
     std::error_code error;
-    if (!file)
-        fail(batch, std::make_error_code(std::errc::io_error));
     fs::permissions(batch, fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec,
                     fs::perm_options::add, error);
     if (error)
         fail(batch, error);
 }
 
-/// The sheets lie finished beside the sources of this program; their script needs a spreadsheet program.
-void Maker::copySheet(const char *name, const char *folder) const
+/// The files lie finished beside the sources of this program; the sheets' script needs a spreadsheet program.
+void Maker::copyFile(const fs::path &file, const char *folder) const
 {
     makeFolder(m_work / "server" / folder);
-    const fs::path target = m_work / "server" / folder / name;
+    const fs::path target = m_work / "server" / folder / file.filename();
     std::error_code error;
-    fs::copy_file(fs::path(SAMPLE_SHEETS) / name, target, error);
+    fs::copy_file(fs::path(SAMPLE_FILES) / file, target, error);
     if (error)
         fail(target, error);
 }
