@@ -15,7 +15,8 @@ Step answer(Stage &stage, const QString &question, Answer answer, const QString 
                 return box && box->text() == question && stage.activate(box);
             },
             [&stage, yes, pictureName] {
-                stage.picture(stage.window("question"), pictureName);
+                if (!pictureName.isEmpty())
+                    stage.picture(stage.window("question"), pictureName);
                 stage.press(yes ? Qt::Key_Y : Qt::Key_N);
             }};
 }

@@ -4,9 +4,11 @@
 #include "common/currency.h"
 #include "common/ui/combo_box.h"
 #include "common/ui/grid_view.h"
+#include "common/ui/page_view.h"
 #include "common/ui/text_box.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QLabel>
 
 namespace tour {
@@ -43,6 +45,7 @@ std::vector<Step> Job::steps()
     saveAndPrint();
     lookForPart();
     callUpAgain();
+    printReport();
     leave();
     return std::move(m_steps);
 }
@@ -291,9 +294,36 @@ void Job::callUpAgain()
         });
 }
 
+void Job::printReport()
+{
+    on("frmOrd",
+       QStringLiteral("10. I tick the rates and save again, to print the order as a report this time."),
+       [this] {
+           m_stage.press(Qt::Key_R, Qt::AltModifier);
+           m_stage.expect(order<QCheckBox>("chkRat")->isChecked(),
+                          QStringLiteral("The rates are not ticked."));
+           m_stage.press(Qt::Key_S, Qt::AltModifier);
+       });
+    m_steps.push_back(answer(m_stage, QStringLiteral("Do You Want Print"), Answer::Yes));
+    m_steps.push_back(
+        answer(m_stage, QStringLiteral("Click - Yes For Dos Printing \r\nClick - No For Windows Printing"),
+               Answer::No));
+    on("reportPreview", QString(), [this] {
+        m_stage.window("reportPreview")->showNormal();
+        m_stage.window("reportPreview")->resize(m_windowSize);
+    });
+    on("reportPreview", QStringLiteral("   It is shown as it will be printed. I look at it and close it."),
+       [this] {
+           m_stage.expect(m_stage.control<ui::PageView>("reportPreview", "pages")->pageCount() > 0,
+                          QStringLiteral("The report has no page."));
+           m_stage.picture(m_stage.window("reportPreview"), QStringLiteral("report"));
+           m_stage.press(Qt::Key_Escape);
+       });
+}
+
 void Job::leave()
 {
-    on("frmOrd", QStringLiteral("10. I leave the program by the exit button's key."),
+    on("frmOrd", QStringLiteral("11. I leave the program by the exit button's key."),
        [this] { m_stage.press(Qt::Key_X, Qt::AltModifier); });
 }
 

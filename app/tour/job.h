@@ -56,6 +56,7 @@ private:
     void saveAndPrint();
     void lookForPart();
     void callUpAgain();
+    void printReport();
     void leave();
 
     Stage &m_stage;
