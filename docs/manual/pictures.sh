@@ -7,6 +7,7 @@ bin=$(cd ../.. && pwd)/build/bin
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 "$bin/make-dealership" "$work/dealership" >/dev/null
+ln -s "$bin/Layouts" "$work/dealership/program/Layouts"
 QT_QPA_PLATFORM=offscreen "$bin/velk-tour" "$work/dealership/program" "$work" 940x640 >"$work/said" 2>&1 ||
     { cat "$work/said" >&2; exit 1; }
 rm -f images/*.png

@@ -7,6 +7,7 @@
 #include "tests/support/scripted_dialogs.h"
 #include "tests/support/small_dealership.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 
@@ -102,6 +103,19 @@ struct ReportDesk
                                        {"ItemNo", code},
                                        {"ItemName", name}});
         dealer.layouts().row("StkOrd", further);
+    }
+
+    /// Puts one layout, for orders without rates, in the place of all; gives its file. Its name is spelled as
+    /// an old file server may have it.
+    QString replaceLayout(const QByteArray &text) const
+    {
+        const QString folder = QString::fromStdString(dealer.folder()) + QStringLiteral("/program/");
+        QFile layout(folder + QStringLiteral("LAYOUTS/stk_ord.rpt"));
+        QFile::remove(folder + QStringLiteral("Layouts"));
+        QDir().mkpath(folder + QStringLiteral("LAYOUTS"));
+        if (layout.open(QIODevice::WriteOnly))
+            layout.write(text);
+        return layout.fileName();
     }
 
     /// Runs the report; what it showed stands in the outlet.

@@ -36,6 +36,7 @@ private slots:
     void destinations_data();
     void destinations();
     void aMissingLayoutPrintsNothing();
+    void aColumnAddedByHandIsPrinted();
     void aWrongLayoutIsTold();
     void aFileThatCannotBeWrittenIsAnError();
 };
@@ -181,21 +182,33 @@ void ReportTest::aMissingLayoutPrintsNothing()
     QVERIFY(desk.dialogs.shown.isEmpty());
 }
 
+/// The example of docs/report-layouts.md.
+void ReportTest::aColumnAddedByHandIsPrinted()
+{
+    QFile shipped(QStringLiteral(LAYOUT_FOLDER "/Stk_Ord.Rpt"));
+    QVERIFY(shipped.open(QIODevice::ReadOnly));
+    QByteArray text = shipped.readAll();
+    text.replace("w=\"100\"", "w=\"76\"");
+    text.replace("</columnHeader>",
+                 "<text x=\"140\" y=\"0\" w=\"20\" h=\"8\">Received</text></columnHeader>");
+    text.replace("</detail>", "<text x=\"140\" y=\"0\" w=\"20\" h=\"5.8\">[OrdNo]</text></detail>");
+    ReportDesk desk;
+    addLines(desk, 1);
+    desk.replaceLayout(text);
+    desk.print("Stk_Ord");
+    QVERIFY(desk.outlet.words().contains(
+        u"Sl.No PartCode. Name of the Item Received Qty\n1 P-1 CLUTCH PLATE 25 1\n"_s));
+}
+
 void ReportTest::aWrongLayoutIsTold()
 {
     ReportDesk desk;
-    const QString folder = QString::fromStdString(desk.dealer.folder()) + u"/program/"_s;
-    QVERIFY(QFile::remove(folder + u"Layouts"_s));
-    QVERIFY(QDir().mkpath(folder + u"LAYOUTS"_s)); // as an old file server may have it
-    QFile layout(folder + u"LAYOUTS/stk_ord.rpt"_s);
-    QVERIFY(layout.open(QIODevice::WriteOnly));
-    layout.write(
+    const QString file = desk.replaceLayout(
         "<report>\n<detail height='5'>\n<text x='0' y='0' w='9' h='5'>[Colour]</text>\n</detail></report>");
-    layout.close();
     desk.print("Stk_Ord");
     QCOMPARE(desk.dialogs.shown,
              QStringList(u"The report layout %1 cannot be used.\nLine 3: the table StkOrd "
-                         "has no column [Colour]."_s.arg(layout.fileName())));
+                         "has no column [Colour]."_s.arg(file)));
     QCOMPARE(desk.dialogs.lastIcon, Dialogs::Icon::Critical);
     QCOMPARE(desk.outlet.previews, 0);
 }
