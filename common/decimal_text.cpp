@@ -117,7 +117,7 @@ std::string DecimalText::fixed(int decimals) const
     for (std::int64_t place = std::min(leading, point); place < point; ++place)
         text += digitAt(place);
     if (text.empty())
-        text = "0";
+        text += '0';
     if (decimals > 0)
         text += '.';
     for (std::int64_t place = point; place < point + decimals; ++place)
