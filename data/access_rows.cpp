@@ -321,10 +321,15 @@ void TableRows::insert(const Changes &changes)
 {
     const auto &columns = m_table->definition().columns;
     Row values(columns.size());
-    for (std::size_t column = 0; column < columns.size(); ++column)
-        values[column] = toColumnType(columns[column], Null{});
-    for (const auto &[column, value] : changes)
+    std::vector<bool> isSet(columns.size());
+    for (const auto &[column, value] : changes) {
         values.at(column) = value;
+        isSet[column] = true;
+    }
+    for (std::size_t column = 0; column < columns.size(); ++column) {
+        if (!isSet[column])
+            values[column] = toColumnType(columns[column], m_table->defaultValue(column));
+    }
 
     inUnit([&] { m_places.push_back(m_table->insert(values)); });
     m_next = m_places.size();

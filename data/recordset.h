@@ -49,7 +49,8 @@ public:
     /// column at once, so that field() reads back what will be stored. Throws RunTimeError (TypeMismatch,
     /// Overflow).
     void setField(std::string_view name, Value value);
-    /// Writes the new row or the pending change.
+    /// Writes the new row or the pending change. Fields of a new row that were not set take the default of
+    /// their column; throws AppError(TableReadOnly) for a default that only Access can work out.
     void update();
     /// Deletes the current row; moveNext() then goes to the one behind it.
     void remove();

@@ -30,6 +30,7 @@ TableChecker::TableChecker(Table &table, Findings &findings, PageClaims &claims)
 
 void TableChecker::run()
 {
+    m_findings.step(m_where, [&] { m_impl.examine(); });
     m_findings.step(m_where, [&] { checkDefinition(); });
     m_findings.step(m_where, [&] { claimMaps(); });
     const UsageMap owned(m_impl.db.store, m_impl.definition.ownedMap);
@@ -164,7 +165,7 @@ void TableChecker::checkFields(const RowView &row)
                 ++m_longRows[part];
         }
         const auto *whole = std::get_if<std::int32_t>(&value);
-        if (columns[i].isAutonumber() && whole != nullptr && *whole > 0)
+        if (columns[i].isAutonumber() && !m_impl.rules.at(i).isRandomNumber && whole != nullptr && *whole > 0)
             m_largestAutonumber = std::max(m_largestAutonumber, static_cast<std::uint32_t>(*whole));
     }
 }

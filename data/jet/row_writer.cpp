@@ -3,6 +3,7 @@
 #include "data/jet/long_value.h"
 
 #include <random>
+#include <ranges>
 
 namespace jet {
 namespace {
@@ -257,8 +258,31 @@ void RowWriter::numberRow(std::vector<Value> &row)
             row[i] = randomGuid();
             continue;
         }
+        if (m_table.rules.at(i).isRandomNumber) {
+            row[i] = unusedNumber(i);
+            continue;
+        }
         const std::uint32_t last = cache().pin(definition().page).view().u32(m_table.format().lastAutonumber);
         row[i] = static_cast<std::int32_t>(last + 1);
+    }
+}
+
+std::int32_t RowWriter::unusedNumber(std::size_t column)
+{
+    std::random_device device;
+    for (;;) {
+        const auto number = static_cast<std::int32_t>(device());
+        const auto isTaken = [&](std::size_t index) {
+            if (m_table.keyPositions[index] != std::vector{column})
+                return false;
+            const RowKey key =
+                rowKey(definition(), definition().storedIndexes[index], m_table.keyPositions[index],
+                       m_table.format().version, [&](std::size_t) { return Value(number); });
+            return m_table.tree(index).contains(key.bytes, std::nullopt);
+        };
+        const auto indexes = std::views::iota(std::size_t{0}, definition().storedIndexes.size());
+        if (number != 0 && std::ranges::none_of(indexes, isTaken))
+            return number;
     }
 }
 
@@ -355,7 +379,8 @@ void RowWriter::keepAutonumber(std::span<const Value> row)
     const std::size_t place = m_table.format().lastAutonumber;
     for (std::size_t i = 0; i < row.size(); ++i) {
         const auto *value = std::get_if<std::int32_t>(&row[i]);
-        if (value == nullptr || !definition().columns[i].isAutonumber() || *value <= 0)
+        if (value == nullptr || !definition().columns[i].isAutonumber() ||
+            m_table.rules.at(i).isRandomNumber || *value <= 0)
             continue;
         const PageEditor page = cache().edit(definition().page);
         if (static_cast<std::uint32_t>(*value) > page.view().u32(place))

@@ -34,6 +34,8 @@ private:
     [[nodiscard]] std::vector<RowKey> keysOf(ValueAt valueAt) const;
 
     void numberRow(std::vector<Value> &row);
+    /// A random number that no row has in the autonumber column, as far as a unique index can tell.
+    [[nodiscard]] std::int32_t unusedNumber(std::size_t column);
     void storeLongValues(std::vector<StoredField> &fields, std::span<const std::size_t> columns);
     void freeLongValues(std::span<const std::pair<std::size_t, Bytes>> fields, RowId id);
     [[nodiscard]] RowId placeRow(std::span<const std::byte> row, SlotKind kind);

@@ -71,8 +71,8 @@ public:
     /// The row at a place; nothing when it was deleted meanwhile.
     [[nodiscard]] std::optional<RowView> fetch(RowId id);
 
-    /// Adds a row. One value per column; an autonumber column that is null gets the next number. Returns the
-    /// row's place.
+    /// Adds a row. One value per column; an autonumber column that is null gets the next number, or an unused
+    /// random one where the table says so. Returns the row's place.
     RowId insert(std::span<const Value> values);
     /// Changes the named columns (position, value) of a row. Throws AppError(NoCurrentRow) when the row is
     /// gone.

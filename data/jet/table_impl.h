@@ -17,6 +17,7 @@ struct FieldRule
     bool required = false;
     bool emptyTextAllowed = true;
     std::string defaultExpression;
+    bool isRandomNumber = false; ///< an autonumber without an order
 };
 
 struct Table::Impl

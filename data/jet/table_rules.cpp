@@ -135,12 +135,22 @@ constexpr int kSampleEntries = 4;
     return {};
 }
 
+void applyDefault(Table::Impl &table, std::size_t column, std::string expression)
+{
+    FieldRule &rule = table.rules[column];
+    const Column &field = table.definition.columns[column];
+    rule.isRandomNumber = field.isAutonumber() && field.type() == ColumnType::Long &&
+                          upperText(trimmed(expression)).ends_with("GENUNIQUEID()");
+    rule.defaultExpression = std::move(expression);
+}
+
 /// Reads what the properties demand; the reason when something cannot be honoured.
 [[nodiscard]] std::string applyProperties(Table::Impl &table)
 {
+    std::string reason;
     for (const Property &property : propertiesOf(table)) {
         if (property.name == "ValidationRule" && !property.value.empty())
-            return "it has a validation rule, which only Access can check";
+            reason = "it has a validation rule, which only Access can check";
         const auto column =
             property.owner.empty() ? std::nullopt : table.definition.findColumn(property.owner);
         if (!column)
@@ -150,9 +160,9 @@ constexpr int kSampleEntries = 4;
         else if (property.name == "AllowZeroLength")
             table.rules[*column].emptyTextAllowed = property.isYes();
         else if (property.name == "DefaultValue")
-            table.rules[*column].defaultExpression = table.db.codec.decode(property.value);
+            applyDefault(table, *column, table.db.codec.decode(property.value));
     }
-    return {};
+    return reason;
 }
 
 [[nodiscard]] std::string refusalOf(Table::Impl &table)
@@ -175,8 +185,7 @@ constexpr int kSampleEntries = 4;
         if (!attemptOr(false, [&] { return indexIsRight(table, i); }))
             return "one of its indexes does not agree with its rows. Repair the file with Access";
     }
-    // The catalogue keeps its own rules.
-    return definition.system ? std::string() : applyProperties(table);
+    return {};
 }
 
 } // namespace
@@ -202,9 +211,13 @@ void Table::Impl::examine()
     if (examined)
         return;
     rules.assign(definition.columns.size(), {});
+    // The catalogue keeps its own rules.
+    const std::string unkept = definition.system ? std::string() : applyProperties(*this);
     refusal = db.readOnlyReason();
     if (refusal.empty()) {
-        const std::string reason = refusalOf(*this);
+        std::string reason = refusalOf(*this);
+        if (reason.empty())
+            reason = unkept;
         if (!reason.empty())
             refusal = "The table " + definition.name + " of the file " + db.path +
                       " cannot be changed: " + reason + (reason.ends_with('.') ? "" : ".");
