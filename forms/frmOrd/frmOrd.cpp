@@ -311,6 +311,7 @@ void frmOrd::showEvent(QShowEvent *event)
 void frmOrd::closeEvent(QCloseEvent *event)
 {
     if (m_busy) {
+        showResult(tr("Please wait: the window can be closed when this work is done."));
         event->ignore();
         return;
     }

@@ -122,6 +122,7 @@ private:
 
     // Proposal (frmOrd_fill.cpp)
     void cmdView_Click();
+    void fillAll();
     void Load_I(std::int32_t ItC, int Row);
     [[nodiscard]] bool askFill();
     [[nodiscard]] orders::ProposalRequest proposalRequest() const;

@@ -1,10 +1,16 @@
 // frmOrd: the proposal, for all items ("Fill Average Stock") or for the one item of a line.
 #include "forms/frmOrd/frmOrd.h"
 
+#include "common/errors.h"
+#include "common/format.h"
 #include "common/ui/text.h"
 #include "common/ui/waiting.h"
 #include "forms/frmOrd/frmOrd_busy.h"
 #include "forms/frmOrd/frmOrd_ui.h"
+
+#include <QElapsedTimer>
+
+#include <algorithm>
 
 namespace {
 
@@ -28,17 +34,38 @@ void frmOrd::cmdView_Click()
         return;
 
     m_ui->cmdView->setEnabled(false); // Kept: an error on the way leaves the button disabled.
-    {
+    try {
         const Busy busy(*this);
-        m_proposal.analyse(proposalRequest(),
-                           [this](std::int64_t done, std::int64_t total) { showProgress(done, total); });
-        Wait_Secs(m_context.clock, kPause);
-        const TextGrid::Batch batch(m_lines);
-        m_proposal.fillGrid(m_lines, 1);
+        fillAll();
+    } catch (const AppError &error) {
+        // The box must say so, or the user is left with a button that stays grey for no visible reason.
+        const QString again = tr("The average stock was not filled. To fill it, start the program again.");
+        throw AppError(error.number(), std::string(error.what()) + " " + again.toStdString());
     }
     m_ui->cmdView->setEnabled(true);
     m_proposal.finish();
     m_ui->fgList->setFocus();
+}
+
+void frmOrd::fillAll()
+{
+    QElapsedTimer watch;
+    watch.start();
+    const auto summary = m_proposal.analyse(
+        proposalRequest(), [this](std::int64_t done, std::int64_t total) { showProgress(done, total); });
+    const qint64 analysed = watch.elapsed();
+    Wait_Secs(m_context.clock, kPause);
+    watch.start();
+    const TextGrid::Batch batch(m_lines);
+    m_proposal.fillGrid(m_lines, 1);
+
+    const double seconds = static_cast<double>(analysed + watch.elapsed()) / 1000; // the pause is not work
+    showResult(
+        tr("%1 parts looked at, %2 proposed, value %3; %4 seconds")
+            .arg(summary.examined)
+            .arg(summary.proposed)
+            .arg(QString::fromStdString(Format_Num(summary.value, 2, BlankIfZero::No, Grouping::Indian)))
+            .arg(seconds, 0, 'f', 1));
 }
 
 /// Analyses one item and writes it into a row; the question comes each time, and No leaves the grid
@@ -74,7 +101,8 @@ void frmOrd::showProgress(std::int64_t done, std::int64_t total)
 {
     constexpr std::int64_t kSteps = 1000;
     m_ui->Pb->setMaximum(static_cast<int>(kSteps));
-    m_ui->Pb->setValue(static_cast<int>(total > 0 ? done * kSteps / total : 0));
+    // The total is what the tables say of themselves, which need not be true.
+    m_ui->Pb->setValue(static_cast<int>(total > 0 ? std::min(done * kSteps / total, kSteps) : 0));
     m_ui->Pb->show();
     ui::keepPainting();
 }

@@ -85,6 +85,8 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     desk.press(Qt::Key_A, Qt::AltModifier);
     QTRY_COMPARE(desk.lines()->rowCount(), 4);
     QCOMPARE(desk.dialogs.takeShown(), QStringList(QStringLiteral("Fill Average Stock")));
+    QVERIFY2(desk.text("lblResult").contains(QStringLiteral(" proposed, value ")),
+             qPrintable(desk.text("lblResult")));
     QCOMPARE(desk.dialogs.lastTitle, Dialogs::Title::Application);
     QCOMPARE(desk.row(1), QStringLiteral("1|BRK-20|SHOE SET BRAKE REAR|33|56 Days|6|7|0|10|5|120.25|601.25"));
     QCOMPARE(desk.row(2), QStringLiteral("2|CLT-100|CLUTCH PLATE|12|41 Days|2|3|2|5|1|450.5|450.50"));
