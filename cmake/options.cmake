@@ -26,6 +26,15 @@ if(SPARES_COVERAGE)
     target_link_options(spares_options INTERFACE --coverage)
 endif()
 
+# For libFuzzer, which comes with Clang only. GCC judges the warnings.
+option(SPARES_FUZZ "Build the fuzz targets of tests/fuzz and what they need, nothing else" OFF)
+if(SPARES_FUZZ)
+    target_compile_options(spares_options INTERFACE -O1 -g -Wno-error -Wno-sign-conversion
+        -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_definitions(spares_options INTERFACE _GLIBCXX_ASSERTIONS)
+    target_link_options(spares_options INTERFACE -fsanitize=address,undefined)
+endif()
+
 # A compiler cache, where there is one, keeps the second build short.
 find_program(SPARES_CCACHE ccache)
 if(SPARES_CCACHE)

@@ -6,7 +6,7 @@ say() { printf '== %s\n' "$*"; }
 build_packages="g++ cmake ninja-build pkg-config qt6-base-dev libgl-dev libsqlite3-dev unixodbc-dev libodbc2 odbcinst
 fonts-dejavu-core libreoffice-dev"
 test_packages="mdbtools poppler-utils clang-format catdoc python3 cups cups-client"
-full_packages="clang-tidy gcovr dpkg-dev lintian appstream desktop-file-utils librsvg2-bin xvfb xauth x11-utils"
+full_packages="clang libclang-rt-dev clang-tidy gcovr dpkg-dev lintian appstream desktop-file-utils librsvg2-bin xvfb xauth x11-utils"
 
 is_installed() {
     dpkg-query -W -f '${Status}' "$1" 2>/dev/null | grep -q 'ok installed'

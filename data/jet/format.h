@@ -3,6 +3,7 @@
 // docs/jet-format.md explains the structures; the names here follow its headings.
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 

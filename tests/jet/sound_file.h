@@ -1,12 +1,13 @@
 // A small file of one version, and where its structures lie: what damage is done to.
 #pragma once
 
+#include "data/jet/check.h"
 #include "data/jet/data_page.h"
 #include "data/jet/index_page.h"
 #include "data/jet/page_store.h"
 #include "data/jet/table_definition.h"
 #include "data/jet/usage_bits.h"
-#include "tests/jet/jet_support.h"
+#include "tests/jet/memory_file.h"
 
 namespace support {
 
