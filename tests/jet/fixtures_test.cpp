@@ -248,24 +248,68 @@ private slots:
         QCOMPARE(support::errorOf(open), opens ? 0 : static_cast<int>(ErrorNumber::PasswordWrong));
     }
 
-    /// Files straight from Access are sound, but for pages that one of them has lost.
-    void checkerAgrees_data() { addFixtureFiles(); }
+    /// Files straight from Access are sound, each key of each index recomputed from its row, and stay so when
+    /// half of the rows of each table are taken out and put back.
+    void filesAreSoundAndStaySo_data() { addFixtureFiles(); }
 
-    void checkerAgrees()
+    void filesAreSoundAndStaySo()
     {
         QFETCH(QString, file);
-        const bool madeByOthers =
-            file == QLatin1String("generatedMoves3.mdb") || file == QLatin1String("generatedWide3.mdb");
-        const QByteArray problems = support::problems(*openFixture(file));
+        MemoryFolder folder;
+        folder.put("copy.mdb", support::readFile(support::fixtures() + QLatin1Char('/') + file));
+        const auto database = Database::open("copy.mdb", {.password = support::passwordOf(file)}, folder);
+        // One file has lost pages; the program that made two others counts no free bytes and lost a value.
+        QStringList known;
         if (file == QLatin1String("testV2003.mdb"))
-            QVERIFY(problems.startsWith("map of pages: 693 pages"));
-        else if (madeByOthers)
-            QVERIFY(problems.contains("free bytes"));
-        else
-            QCOMPARE(problems, QByteArray());
+            known << QStringLiteral("693 pages are in use");
+        else if (file == QLatin1String("generatedMoves3.mdb") || file == QLatin1String("generatedWide3.mdb"))
+            known << QStringLiteral("free bytes") << QStringLiteral("a long value that no row points to")
+                  << QStringLiteral("3 pages are in use");
+        const auto compare = [&] {
+            const std::vector<Finding> findings = check(*database, 5000);
+            QCOMPARE(findings.empty(), known.empty());
+            for (const Finding &finding : findings) {
+                const QString what = QString::fromStdString(finding.what);
+                QVERIFY2(std::ranges::any_of(known, [&](const QString &text) { return what.contains(text); }),
+                         qPrintable(what));
+            }
+        };
+        compare();
+        for (const std::string &name : database->tableNames())
+            m_exchanged += exchangeRows(database->table(name));
+        compare();
     }
 
+    void cleanupTestCase() { QVERIFY(m_exchanged == 0 || m_exchanged > 1000); }
+
 private:
+    /// Takes every second row out and puts it back; their number.
+    static int exchangeRows(Table &table)
+    {
+        if (!table.readOnlyReason().empty())
+            return 0;
+        std::vector<RowId> places;
+        for (Cursor rows = table.scan(); rows.next() && places.size() < 2000;)
+            places.push_back(rows.row().id());
+        ChangeScope scope(table.database(), Durability::Lazy);
+        int changed = 0;
+        for (std::size_t i = 0; i < places.size(); i += 2) {
+            std::vector<Value> row;
+            const auto view = table.fetch(places[i]);
+            if (!view) // deleted with the row that it refers to
+                continue;
+            for (std::size_t column = 0; column < table.definition().columns.size(); ++column)
+                row.push_back(view->value(column));
+            // Rows that others refer to stay.
+            if (!attempt([&] { table.erase(places[i]); }))
+                continue;
+            table.insert(row);
+            ++changed;
+        }
+        scope.commit();
+        return changed;
+    }
+
     void encodeRowsOf(Table &table, Table::Impl &impl, PageNo page)
     {
         for (int slot = 0; slot < 255; ++slot) {
@@ -296,6 +340,7 @@ private:
         }
     }
 
+    int m_exchanged = 0;
     int m_rows = 0;
     int m_different = 0;
 };

@@ -3,35 +3,13 @@
 
 #include "data/jet/data_page.h"
 #include "data/jet/index_check.h"
+#include "tests/jet/memory_file.h"
 
 #include <cstring>
 #include <optional>
 #include <random>
 #include <set>
 #include <vector>
-
-class BytesInMemory : public jet::File
-{
-public:
-    [[nodiscard]] std::uint64_t size() const override { return bytes.size(); }
-    void read(std::uint64_t at, std::span<std::byte> into) const override
-    {
-        if (at > bytes.size() || into.size() > bytes.size() - at)
-            throw FileError(ErrorNumber::PathAccess, "read past the end");
-        std::memcpy(into.data(), bytes.data() + at, into.size());
-    }
-    void write(std::uint64_t at, std::span<const std::byte> from) override
-    {
-        if (bytes.size() < at + from.size())
-            bytes.resize(at + from.size());
-        std::memcpy(bytes.data() + at, from.data(), from.size());
-    }
-    void truncate(std::uint64_t size) override { bytes.resize(size); }
-    void sync() override {}
-    bool lock(std::uint64_t, std::uint64_t, jet::LockKind) override { return true; }
-
-    std::vector<std::byte> bytes;
-};
 
 /// A file with the map of the whole file, one usage map and one index.
 class IndexFile
@@ -42,7 +20,6 @@ public:
     explicit IndexFile(const jet::Format &theFormat)
         : format(theFormat)
     {
-        disk.bytes.resize(2 * format.pageSize);
         cache.emplace(disk, format);
         store.emplace(*cache);
         jet::WriteScope scope(*cache);
@@ -56,17 +33,6 @@ public:
         place.map = store->makeUsageMap();
         place.root = jet::IndexTree::makeRoot(*store, kOwner, place.map);
         scope.commit();
-        tree.emplace(*store, place.owner, place.root, place.map);
-    }
-
-    /// Opens the bytes of another file anew.
-    IndexFile(const IndexFile &other, std::vector<std::byte> bytes)
-        : format(other.format)
-        , place(other.place)
-    {
-        disk.bytes = std::move(bytes);
-        cache.emplace(disk, format);
-        store.emplace(*cache);
         tree.emplace(*store, place.owner, place.root, place.map);
     }
 
@@ -87,7 +53,8 @@ public:
     }
 
     const jet::Format &format;
-    BytesInMemory disk;
+    std::shared_ptr<FileBytes> bytes = std::make_shared<FileBytes>(2 * format.pageSize);
+    MemoryFile disk{bytes};
     std::optional<jet::PageCache> cache;
     std::optional<jet::PageStore> store;
     jet::IndexPlace place;

@@ -1,4 +1,4 @@
-// Index trees against a sorted set, through splits, emptied pages and damage.
+// Index trees against a sorted set, through splits and emptied pages.
 #include <QTest>
 
 #include "tests/jet/index_fixture.h"
@@ -86,8 +86,6 @@ private slots:
     void discardedChangesAreGone();
     void keysAreFound();
     void wrongChangesAreRefused();
-    void damagedPagesNeverHang_data();
-    void damagedPagesNeverHang();
 };
 
 void IndexTreeTest::changesKeepTheTreeSound()
@@ -260,58 +258,6 @@ void IndexTreeTest::wrongChangesAreRefused()
     QVERIFY_EXCEPTION_THROWN(file.tree->insert({KeyBytes(longest + 1, 7), {}}), AppError);
     scope.commit();
     QCOMPARE(file.firstFault(entries), std::string());
-}
-
-void IndexTreeTest::damagedPagesNeverHang_data()
-{
-    QTest::addColumn<bool>("isJet3");
-    QTest::newRow("Jet 3") << true;
-    QTest::newRow("Jet 4") << false;
-}
-
-void IndexTreeTest::damagedPagesNeverHang()
-{
-    QFETCH(bool, isJet3);
-    IndexFile good(isJet3 ? jet::kJet3 : jet::kJet4);
-    KeyMaker maker(KeyShape::AllLengths, jet::IndexTree::maxKeySize(good.format), 21);
-    Entries entries;
-    QVERIFY(addEntries(good, entries, maker, 600));
-    const std::vector<jet::PageNo> pages = jet::UsageMap(*good.store, good.place.map).pages();
-    int found = 0;
-    for (int i = 0; i < 150; ++i) {
-        std::vector<std::byte> bytes = good.disk.bytes;
-        for (int flips = 1 + i % 3; flips > 0; --flips) {
-            const auto page = jet::number(pages[maker.below(static_cast<std::uint32_t>(pages.size()))]);
-            // The head and the first part of the mask matter most.
-            const auto at = maker.below(static_cast<std::uint32_t>(i % 2 == 0 ? 40 : good.format.pageSize));
-            bytes[page * good.format.pageSize + at] = static_cast<std::byte>(maker.below(256));
-        }
-        IndexFile file(good, bytes);
-        if (!file.firstFault(entries).empty())
-            ++found;
-        const auto harmless = [](auto &&statement) { static_cast<void>(attempt(statement)); };
-        harmless([&] {
-            jet::IndexTree::Position position = file.tree->from({});
-            std::size_t count = 0;
-            while (position.next() != nullptr)
-                ++count;
-            QVERIFY(count <= 2 * good.format.entryCapacity() * pages.size());
-        });
-        for (int k = 0; k < 10; ++k) {
-            harmless([&] {
-                jet::WriteScope scope(*file.cache);
-                file.tree->insert(maker.make());
-                scope.commit();
-            });
-            harmless([&] {
-                jet::WriteScope scope(*file.cache);
-                file.tree->remove(*std::next(entries.begin(), maker.below(500)));
-                scope.commit();
-            });
-        }
-        harmless([&] { static_cast<void>(file.tree->last()); });
-    }
-    QVERIFY2(found > 75, qPrintable(QString::number(found)));
 }
 
 QTEST_GUILESS_MAIN(IndexTreeTest)

@@ -1,4 +1,4 @@
-// A file system in memory, and one that fails on demand.
+// A file system in memory.
 #pragma once
 
 #include "common/errors.h"
@@ -12,30 +12,11 @@
 
 using FileBytes = std::vector<std::byte>;
 
-/// Fails one write, sync or truncate, or that one and all behind it.
-struct Faults
-{
-    enum class Kind { None, Once, ForGood };
-
-    Kind kind = Kind::None;
-    int letThrough = 0; ///< operations that still succeed
-    bool tear = false;  ///< the failing write writes its first half
-    int operations = 0; ///< counted so far
-
-    /// True when the operation that begins now is to fail.
-    bool hits()
-    {
-        const int place = operations++;
-        return (kind == Kind::Once && place == letThrough) || (kind == Kind::ForGood && place >= letThrough);
-    }
-};
-
 class MemoryFile : public jet::File
 {
 public:
-    MemoryFile(std::shared_ptr<FileBytes> bytes, Faults &faults)
+    explicit MemoryFile(std::shared_ptr<FileBytes> bytes)
         : m_bytes(std::move(bytes))
-        , m_faults(faults)
     {}
 
     [[nodiscard]] std::uint64_t size() const override { return m_bytes->size(); }
@@ -49,37 +30,16 @@ public:
 
     void write(std::uint64_t at, std::span<const std::byte> bytes) override
     {
-        const bool fails = m_faults.hits();
-        if (fails && !m_faults.tear)
-            fail();
-        if (fails)
-            bytes = bytes.first(bytes.size() / 2);
         m_bytes->resize(std::max<std::size_t>(m_bytes->size(), static_cast<std::size_t>(at) + bytes.size()));
         std::ranges::copy(bytes, m_bytes->begin() + static_cast<std::ptrdiff_t>(at));
-        if (fails)
-            fail();
     }
 
-    void truncate(std::uint64_t size) override
-    {
-        if (m_faults.hits())
-            fail();
-        m_bytes->resize(static_cast<std::size_t>(size));
-    }
-
-    void sync() override
-    {
-        if (m_faults.hits())
-            fail();
-    }
-
+    void truncate(std::uint64_t size) override { m_bytes->resize(static_cast<std::size_t>(size)); }
+    void sync() override {}
     [[nodiscard]] bool lock(std::uint64_t, std::uint64_t, jet::LockKind) override { return true; }
 
 private:
-    [[noreturn]] static void fail() { throw FileError(ErrorNumber::DiskFull, "The disk is full."); }
-
     std::shared_ptr<FileBytes> m_bytes;
-    Faults &m_faults;
 };
 
 class MemoryFolder : public jet::Folder
@@ -94,7 +54,7 @@ public:
         }
         if (!bytes)
             bytes = std::make_shared<FileBytes>();
-        return std::make_unique<MemoryFile>(bytes, faults);
+        return std::make_unique<MemoryFile>(bytes);
     }
     [[nodiscard]] bool exists(const std::string &path) const override { return files.contains(path); }
     void remove(const std::string &path) override { files.erase(path); }
@@ -107,5 +67,4 @@ public:
     }
 
     std::map<std::string, std::shared_ptr<FileBytes>> files;
-    Faults faults;
 };
