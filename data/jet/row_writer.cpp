@@ -3,7 +3,6 @@
 #include "data/jet/long_value.h"
 
 #include <random>
-#include <ranges>
 
 namespace jet {
 namespace {
@@ -270,18 +269,19 @@ void RowWriter::numberRow(std::vector<Value> &row)
 std::int32_t RowWriter::unusedNumber(std::size_t column)
 {
     std::random_device device;
+    std::int32_t number = 0;
+    const auto valueAt = [&number](std::size_t) { return Value(number); };
     for (;;) {
-        const auto number = static_cast<std::int32_t>(device());
-        const auto isTaken = [&](std::size_t index) {
-            if (m_table.keyPositions[index] != std::vector{column})
-                return false;
-            const RowKey key =
-                rowKey(definition(), definition().storedIndexes[index], m_table.keyPositions[index],
-                       m_table.format().version, [&](std::size_t) { return Value(number); });
-            return m_table.tree(index).contains(key.bytes, std::nullopt);
-        };
-        const auto indexes = std::views::iota(std::size_t{0}, definition().storedIndexes.size());
-        if (number != 0 && std::ranges::none_of(indexes, isTaken))
+        number = static_cast<std::int32_t>(device());
+        bool taken = number == 0;
+        for (std::size_t i = 0; i < m_table.keyPositions.size() && !taken; ++i) {
+            if (m_table.keyPositions[i] != std::vector{column})
+                continue;
+            const RowKey key = rowKey(definition(), definition().storedIndexes[i], m_table.keyPositions[i],
+                                      m_table.format().version, valueAt);
+            taken = m_table.tree(i).contains(key.bytes, std::nullopt);
+        }
+        if (!taken)
             return number;
     }
 }
