@@ -58,8 +58,8 @@ private:
 }
 
 /// Rows as the statement gives them. No lock is held between two of them, since a procedure may stop at one
-/// and wait for its user; from the second on some are read ahead at a time, since each lock costs as much as
-/// reading several rows.
+/// and wait for its user. The first is read under the lock that the statement is opened with, and from the
+/// second on some are read ahead at a time, since each lock costs as much as reading several rows.
 class StreamedRows final : public ReadOnlyRows
 {
 public:
@@ -68,7 +68,9 @@ public:
         , m_file(std::move(file))
         , m_text(std::move(text))
         , m_query(std::move(query))
-    {}
+    {
+        begin();
+    }
 
     bool next() override
     {
@@ -80,21 +82,19 @@ public:
         m_ahead.clear();
         if (m_failure)
             std::rethrow_exception(std::exchange(m_failure, nullptr));
-        if (std::exchange(m_started, true)) {
-            readAhead();
-        } else {
-            return m_query->next();
-        }
+        if (!std::exchange(m_started, true))
+            return m_isFirst;
+        readAhead();
         return !m_ahead.empty();
     }
     void restart() override
     {
         m_query.reset(); // first, so that its compiled statement can serve again
+        const jet::ReadScope reading(*m_file->database);
         m_query = m_file->sql.select(m_text);
         m_ahead.clear();
         m_place = 0;
-        m_failure = nullptr;
-        m_started = false;
+        begin();
     }
     std::int64_t count() override
     {
@@ -111,6 +111,13 @@ public:
 
 private:
     static constexpr std::size_t kMostAhead = 32;
+
+    void begin()
+    {
+        m_failure = nullptr;
+        m_started = false;
+        m_isFirst = m_query->next();
+    }
 
     void readAhead()
     {
@@ -132,7 +139,8 @@ private:
     std::vector<Row> m_ahead; ///< empty: the current row is that of the query
     std::size_t m_place = 0;  ///< of the current row among them
     std::exception_ptr m_failure;
-    bool m_started = false;
+    bool m_isFirst = false; ///< the query stands on a first row
+    bool m_started = false; ///< next() was called for it
 };
 
 /// A copy of all rows, made at opening.

@@ -7,9 +7,6 @@
 namespace jet {
 namespace {
 
-constexpr auto kMovedBit = static_cast<std::uint16_t>(SlotKind::Moved);
-constexpr auto kHiddenBit = static_cast<std::uint16_t>(SlotKind::Body);
-
 constexpr std::size_t kFreeBytes = 2;
 constexpr std::size_t kOwner = 4;
 
@@ -63,19 +60,15 @@ std::size_t slotCount(const PageView &page, const Format &format)
 
 Slot slotAt(const PageView &page, const Format &format, std::size_t slot)
 {
-    if (slot >= slotCount(page, format))
+    const std::size_t count = slotCount(page, format);
+    if (slot >= count)
         throw damaged(page.page(), "there is no row in slot " + std::to_string(slot));
-    const std::uint16_t entry = page.u16(slotPlace(format, slot));
-    Slot result;
-    result.start = entry & kSlotStartBits;
-    result.end = slot == 0 ? page.size() : startOf(page, format, slot - 1);
-    result.moved = (entry & kMovedBit) != 0;
-    result.hidden = (entry & kHiddenBit) != 0;
-    if (result.start > result.end || result.end > page.size() ||
-        result.start < slotPlace(format, page.u16(format.slotCount)))
-        throw damaged(page.page(),
-                      "the row in slot " + std::to_string(slot) + " does not lie inside the page");
-    return result;
+    return slotAt(page, format, slot, count);
+}
+
+void throwSlotOutside(const PageView &page, std::size_t slot)
+{
+    throw damaged(page.page(), "the row in slot " + std::to_string(slot) + " does not lie inside the page");
 }
 
 std::span<const std::byte> rowBytes(const PageView &page, const Format &format, std::size_t slot)
@@ -107,11 +100,6 @@ bool hasLiveSlots(const PageView &page, const Format &format)
             return true;
     }
     return false;
-}
-
-bool isDataPageOf(const PageView &page, std::uint32_t owner)
-{
-    return static_cast<PageKind>(page.u8(0)) == PageKind::Data && page.u32(kOwner) == owner;
 }
 
 void initDataPage(const PageEditor &page, const Format &format, std::uint32_t owner)

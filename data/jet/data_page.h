@@ -33,6 +33,8 @@ inline constexpr std::size_t kMaxSlots = 255;
 [[nodiscard]] std::size_t slotCount(const PageView &page, const Format &format);
 /// Throws CorruptFile for a slot that does not exist or a row that does not lie inside the page.
 [[nodiscard]] Slot slotAt(const PageView &page, const Format &format, std::size_t slot);
+/// The same for one of the `count` slots that slotCount() gave, for whoever walks through them.
+[[nodiscard]] Slot slotAt(const PageView &page, const Format &format, std::size_t slot, std::size_t count);
 /// The bytes of a slot's row.
 [[nodiscard]] std::span<const std::byte> rowBytes(const PageView &page, const Format &format,
                                                   std::size_t slot);
@@ -42,7 +44,11 @@ inline constexpr std::size_t kMaxSlots = 255;
 [[nodiscard]] bool hasRoom(const PageView &page, const Format &format, std::size_t rowSize);
 /// True when some slot is not deleted.
 [[nodiscard]] bool hasLiveSlots(const PageView &page, const Format &format);
-[[nodiscard]] bool isDataPageOf(const PageView &page, std::uint32_t owner);
+[[nodiscard]] inline bool isDataPageOf(const PageView &page, std::uint32_t owner)
+{
+    constexpr std::size_t kOwner = 4;
+    return static_cast<PageKind>(page.u8(0)) == PageKind::Data && page.u32(kOwner) == owner;
+}
 
 void initDataPage(const PageEditor &page, const Format &format, std::uint32_t owner);
 /// Adds a row behind the others; the caller has asked hasRoom(). Returns its slot.
@@ -53,5 +59,22 @@ void replaceRow(const PageEditor &page, const Format &format, std::size_t slot,
                 std::span<const std::byte> row, SlotKind kind);
 /// Marks a slot deleted and closes its room up.
 void removeRow(const PageEditor &page, const Format &format, std::size_t slot);
+
+[[noreturn]] void throwSlotOutside(const PageView &page, std::size_t slot);
+
+inline Slot slotAt(const PageView &page, const Format &format, std::size_t slot, std::size_t count)
+{
+    const std::size_t at = format.slotTable + 2 * slot;
+    const std::uint16_t entry = page.u16(at);
+    Slot result;
+    result.start = entry & kSlotStartBits;
+    result.end = slot == 0 ? page.size() : page.u16(at - 2) & kSlotStartBits;
+    result.moved = (entry & static_cast<std::uint16_t>(SlotKind::Moved)) != 0;
+    result.hidden = (entry & static_cast<std::uint16_t>(SlotKind::Body)) != 0;
+    if (result.start > result.end || result.end > page.size() || result.start < format.slotTable + 2 * count)
+        [[unlikely]]
+        throwSlotOutside(page, slot);
+    return result;
+}
 
 } // namespace jet

@@ -3,6 +3,7 @@
 #include "data/jet/table_impl.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 
 namespace jet {
@@ -56,12 +57,23 @@ public:
                 return false;
             if (!m_upper.empty() && !m_upperIncluded && entry->key == m_upper)
                 return false;
+            // A walk that has given a row will likely give more, each of them on a page of its own.
+            if (m_shown++ % kAhead == 1)
+                expectRows();
             show(row, entry->row);
             return true;
         }
     }
 
 private:
+    static constexpr std::size_t kAhead = 16;
+
+    void expectRows() const
+    {
+        std::array<RowId, kAhead> rows{};
+        cache.expect(std::span(rows).first(m_position.upcoming(rows)));
+    }
+
     void show(RowView &row, RowId id)
     {
         const PagePin pin = m_table.db.cache.pin(id.page);
@@ -80,6 +92,7 @@ private:
     KeyBytes m_upper;
     bool m_lowerIncluded;
     bool m_upperIncluded;
+    std::size_t m_shown = 0;
 };
 
 } // namespace

@@ -247,6 +247,14 @@ KeyBytes IndexPage::entry(std::size_t start) const
     return whole;
 }
 
+RowId IndexPage::placeBefore(std::size_t end) const
+{
+    std::uint32_t pointer = 0;
+    for (const std::byte byte : m_view.slice(m_format->indexEntries + end - kRowPlaceSize, kRowPlaceSize))
+        pointer = pointer << 8 | std::to_integer<std::uint32_t>(byte);
+    return RowId::fromPointer(pointer);
+}
+
 PageNo IndexPage::child(std::size_t start) const
 {
     const BytesView tail = stored(start);

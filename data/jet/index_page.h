@@ -108,6 +108,8 @@ public:
     void read(std::size_t start, KeyBytes &into) const;
     [[nodiscard]] KeyBytes entry(std::size_t start) const;
     [[nodiscard]] KeyBytes lastEntry() const { return entry(startOf(m_used - 1)); }
+    /// The row's place in a leaf entry, by the entry's end.
+    [[nodiscard]] RowId placeBefore(std::size_t end) const;
     /// A node's child behind the entry that starts at `start`.
     [[nodiscard]] PageNo child(std::size_t start) const;
     [[nodiscard]] EntryList entries() const;

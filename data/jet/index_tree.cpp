@@ -125,6 +125,18 @@ const IndexEntry *IndexTree::Position::next()
     return &m_entry;
 }
 
+std::size_t IndexTree::Position::upcoming(std::span<RowId> rows) const
+{
+    std::size_t count = 0;
+    if (!m_leaf || m_changes != m_tree->m_store->cache().changeCount())
+        return count;
+    for (std::size_t at = m_offset; at < m_leaf->used() && count < rows.size(); ++count) {
+        at = m_leaf->endOf(at);
+        rows[count] = m_leaf->placeBefore(at);
+    }
+    return count;
+}
+
 /// Goes to the first entry behind the one given last, or to the bound.
 void IndexTree::Position::find()
 {

@@ -41,6 +41,9 @@ public:
     public:
         /// The next entry, or nothing behind the last one. The reference is valid until the next call.
         const IndexEntry *next();
+        /// Places of rows that the next calls will give, as far as they stand on the same leaf. Returns how
+        /// many it filled in; only while the file has not changed since the last call.
+        [[nodiscard]] std::size_t upcoming(std::span<RowId> rows) const;
 
     private:
         friend class IndexTree;

@@ -14,4 +14,9 @@ CorruptFile damaged(PageNo page, const std::string &reason)
                        ".");
 }
 
+void throwPastEnd(PageNo page, std::size_t at)
+{
+    throw damaged(page, at, "a value reaches past the end");
+}
+
 } // namespace jet

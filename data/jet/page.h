@@ -10,6 +10,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string>
 
@@ -18,6 +19,28 @@ namespace jet {
 /// "page 214, offset 12" and a reason, as a CorruptFile.
 [[nodiscard]] CorruptFile damaged(PageNo page, std::size_t at, const std::string &reason);
 [[nodiscard]] CorruptFile damaged(PageNo page, const std::string &reason);
+
+[[noreturn]] void throwPastEnd(PageNo page, std::size_t at);
+
+/// A little-endian number of `size` bytes.
+[[nodiscard]] inline std::uint64_t loadNumber(const std::byte *bytes, std::size_t size)
+{
+    std::uint64_t value = 0;
+    for (std::size_t i = size; i-- > 0;)
+        value = value << 8 | std::to_integer<std::uint64_t>(bytes[i]);
+    return value;
+}
+
+/// The same for the size of a type: one instruction where the machine has this order.
+template <class Whole>
+[[nodiscard]] inline Whole loadWhole(const std::byte *bytes)
+{
+    if constexpr (std::endian::native != std::endian::little)
+        return static_cast<Whole>(loadNumber(bytes, sizeof(Whole)));
+    Whole value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
 
 /// Read-only view.
 class PageView
@@ -35,8 +58,8 @@ public:
     [[nodiscard]] std::span<const std::byte> slice(std::size_t at, std::size_t count) const
     {
         // Written so that neither side can overflow: at + count might.
-        if (at > m_bytes.size() || count > m_bytes.size() - at)
-            throw damaged(m_page, at, "a value reaches past the end");
+        if (at > m_bytes.size() || count > m_bytes.size() - at) [[unlikely]]
+            throwPastEnd(m_page, at);
         return m_bytes.subspan(at, count);
     }
 
@@ -46,32 +69,23 @@ public:
     }
     [[nodiscard]] std::uint16_t u16(std::size_t at) const
     {
-        return static_cast<std::uint16_t>(unsignedAt(at, 2));
+        return loadWhole<std::uint16_t>(slice(at, 2).data());
     }
     [[nodiscard]] std::uint32_t u24(std::size_t at) const
     {
-        return static_cast<std::uint32_t>(unsignedAt(at, 3));
+        return static_cast<std::uint32_t>(loadNumber(slice(at, 3).data(), 3));
     }
     [[nodiscard]] std::uint32_t u32(std::size_t at) const
     {
-        return static_cast<std::uint32_t>(unsignedAt(at, 4));
+        return loadWhole<std::uint32_t>(slice(at, 4).data());
     }
     [[nodiscard]] std::int64_t i64(std::size_t at) const
     {
-        return static_cast<std::int64_t>(unsignedAt(at, 8));
+        return loadWhole<std::int64_t>(slice(at, 8).data());
     }
     [[nodiscard]] double f64(std::size_t at) const { return std::bit_cast<double>(i64(at)); }
 
 private:
-    [[nodiscard]] std::uint64_t unsignedAt(std::size_t at, std::size_t count) const
-    {
-        const auto part = slice(at, count);
-        std::uint64_t value = 0;
-        for (std::size_t i = count; i-- > 0;)
-            value = value << 8 | std::to_integer<std::uint64_t>(part[i]);
-        return value;
-    }
-
     PageNo m_page;
     std::span<const std::byte> m_bytes;
 };
@@ -91,7 +105,7 @@ public:
     [[nodiscard]] std::span<std::byte> slice(std::size_t at, std::size_t count) const
     {
         if (at > m_bytes.size() || count > m_bytes.size() - at)
-            throw damaged(m_page, at, "a value reaches past the end");
+            throwPastEnd(m_page, at);
         return m_bytes.subspan(at, count);
     }
 

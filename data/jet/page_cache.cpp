@@ -7,7 +7,6 @@
 #include "data/jet/page_cache.h"
 
 #include "common/errors.h"
-#include "data/jet/page_frame.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,45 +14,6 @@
 #include <vector>
 
 namespace jet {
-
-PagePin::PagePin(Frame *frame)
-    : m_frame(frame)
-{
-    ++m_frame->pins;
-}
-
-PagePin::PagePin(const PagePin &other)
-    : m_frame(other.m_frame)
-{
-    if (m_frame != nullptr)
-        ++m_frame->pins;
-}
-
-PagePin::PagePin(PagePin &&other) noexcept
-    : m_frame(std::exchange(other.m_frame, nullptr))
-{}
-
-PagePin &PagePin::operator=(PagePin other) noexcept
-{
-    std::swap(m_frame, other.m_frame);
-    return *this;
-}
-
-PagePin::~PagePin()
-{
-    if (m_frame != nullptr && --m_frame->pins == 0 && !m_frame->cached)
-        delete m_frame;
-}
-
-PageNo PagePin::page() const
-{
-    return m_frame->page;
-}
-
-PageView PagePin::view() const
-{
-    return {m_frame->page, std::span<const std::byte>(m_frame->bytes.get(), m_frame->size)};
-}
 
 namespace {
 
@@ -65,7 +25,7 @@ constexpr std::uint32_t kReadAhead = 32;
 /// pages.
 constexpr std::uint32_t kSameWalk = 8;
 
-using Frame = PagePin::Frame;
+using Frame = PageFrame;
 
 /// Place of a page in the order of writing. A write that is cut off costs least in this order: fresh pages
 /// that nothing names yet, the maps that name them, rows, index entries from the leaves up, counters.
@@ -99,6 +59,7 @@ struct PageCache::Impl
         PagePin after;
     };
 
+    PageCache &own;
     File &file;
     const Format &format;
     SharedFile *shared;
@@ -107,7 +68,7 @@ struct PageCache::Impl
     bool cutShort = false; ///< the last page of the file is not whole
     std::size_t capacity = 0;
 
-    PageDirectory directory;
+    PageDirectory &directory;
     std::vector<Frame *> ring; ///< all cached frames; the hand walks it to find one to drop
     std::size_t hand = 0;
     std::uint32_t lastMiss = 0;
@@ -121,14 +82,15 @@ struct PageCache::Impl
     Durability durability = Durability::Durable;
     std::vector<Change> changes;
     std::uint32_t pageCountBefore = 0;
-    std::uint64_t changeCount = 0;
     std::uint64_t discardCount = 0;
 
-    Impl(File &theFile, const Format &theFormat, SharedFile *theShared)
-        : file(theFile)
-        , format(theFormat)
+    Impl(PageCache &cache, File &theFile, SharedFile *theShared)
+        : own(cache)
+        , file(theFile)
+        , format(cache.m_format)
         , shared(theShared)
-        , capacity(kCacheBytes / theFormat.pageSize)
+        , capacity(kCacheBytes / format.pageSize)
+        , directory(cache.m_directory)
     {
         measure();
     }
@@ -154,7 +116,7 @@ struct PageCache::Impl
     {
         frame->cached = false;
         if (frame->pins == 0)
-            delete frame;
+            Frame::Destroy()(frame);
     }
 
     /// Makes a frame the current one of its page; `old` is the one it replaces, if any.
@@ -199,7 +161,7 @@ struct PageCache::Impl
                 return frame;
             }
         }
-        auto frame = std::make_unique<Frame>(page, format.pageSize);
+        auto frame = Frame::make(page, format.pageSize);
         install(frame.get(), nullptr);
         return frame.release();
     }
@@ -222,7 +184,8 @@ struct PageCache::Impl
         PagePin result;
         for (std::uint32_t i = 0; i < count; ++i) {
             Frame *frame = frameFor(PageNo{first + i});
-            std::memcpy(frame->bytes.get(), batch.data() + std::size_t{i} * format.pageSize, format.pageSize);
+            std::memcpy(frame->bytes().data(), batch.data() + std::size_t{i} * format.pageSize,
+                        format.pageSize);
             if (i == 0)
                 result = PagePin(frame);
             frame->recentlyUsed = i == 0;
@@ -240,20 +203,6 @@ struct PageCache::Impl
         const std::uint64_t there = std::min<std::uint64_t>(into.size(), fileSize > at ? fileSize - at : 0);
         file.read(at, into.first(static_cast<std::size_t>(there)));
         std::ranges::fill(into.subspan(static_cast<std::size_t>(there)), std::byte{0});
-    }
-
-    [[nodiscard]] PagePin current(PageNo page)
-    {
-        Frame *frame = directory.find(page);
-        if (frame == nullptr) {
-            if (number(page) >= pageCount) {
-                throw damaged(page, "the page lies beyond the end of the file, which has " +
-                                        std::to_string(pageCount) + " pages");
-            }
-            return load(page);
-        }
-        frame->recentlyUsed = true;
-        return PagePin(frame);
     }
 
     void requireScope() const
@@ -275,7 +224,7 @@ struct PageCache::Impl
         }
         changes.clear();
         pageCount = pageCountBefore;
-        ++changeCount;
+        ++own.m_changeCount;
         ++discardCount;
     }
 
@@ -327,21 +276,17 @@ struct PageCache::Impl
         hand = 0;
         if (depth == 0)
             measure();
-        ++changeCount;
+        ++own.m_changeCount;
         ++discardCount;
     }
 };
 
 PageCache::PageCache(File &file, const Format &format, SharedFile *shared)
-    : m_impl(std::make_unique<Impl>(file, format, shared))
+    : m_format(format)
+    , m_impl(std::make_unique<Impl>(*this, file, shared))
 {}
 
 PageCache::~PageCache() = default;
-
-const Format &PageCache::format() const
-{
-    return m_impl->format;
-}
 
 std::uint32_t PageCache::pageCount() const
 {
@@ -353,9 +298,31 @@ bool PageCache::isCutShort() const
     return m_impl->cutShort;
 }
 
-PagePin PageCache::pin(PageNo page)
+void PageCache::expect(std::span<const RowId> rows) const
 {
-    return m_impl->current(page);
+    // Two rounds: what the first waits for is on its way for all rows at once.
+    const auto slotOf = [this](RowId row) { return m_format.slotTable + 2 * std::size_t{row.slot}; };
+    for (const RowId row : rows) {
+        if (PageFrame *frame = m_directory.find(row.page)) {
+            __builtin_prefetch(frame);
+            __builtin_prefetch(frame->bytesAt(slotOf(row)));
+        }
+    }
+    for (const RowId row : rows) {
+        if (PageFrame *frame = m_directory.find(row.page)) {
+            const auto start = loadWhole<std::uint16_t>(frame->bytesAt(slotOf(row))) % m_format.pageSize;
+            __builtin_prefetch(frame->bytesAt(start));
+        }
+    }
+}
+
+PagePin PageCache::load(PageNo page)
+{
+    if (number(page) >= m_impl->pageCount) {
+        throw damaged(page, "the page lies beyond the end of the file, which has " +
+                                std::to_string(m_impl->pageCount) + " pages");
+    }
+    return m_impl->load(page);
 }
 
 void PageCache::copy(PageNo first, std::span<std::byte> into) const
@@ -374,33 +341,33 @@ void PageCache::copy(PageNo first, std::span<std::byte> into) const
 PageEditor PageCache::edit(PageNo page)
 {
     m_impl->requireScope();
-    const PagePin pinned = m_impl->current(page);
+    const PagePin pinned = pin(page);
     Frame *frame = pinned.m_frame;
     if (!frame->changed) {
-        auto copy = std::make_unique<Frame>(page, frame->size);
-        std::memcpy(copy->bytes.get(), frame->bytes.get(), frame->size);
+        auto copy = Frame::make(page, frame->size);
+        std::memcpy(copy->bytes().data(), frame->bytes().data(), frame->size);
         copy->changed = true;
         copy->recentlyUsed = true;
         m_impl->changes.push_back({PagePin(frame), PagePin(copy.get())});
         m_impl->install(copy.get(), frame);
         frame = copy.release();
     }
-    ++m_impl->changeCount;
-    return {page, std::span(frame->bytes.get(), frame->size)};
+    ++m_changeCount;
+    return {page, frame->bytes()};
 }
 
 PageEditor PageCache::append()
 {
     m_impl->requireScope();
     const PageNo page{m_impl->pageCount};
-    auto frame = std::make_unique<Frame>(page, m_impl->format.pageSize);
+    auto frame = Frame::make(page, m_format.pageSize);
+    std::ranges::fill(frame->bytes(), std::byte{0});
     frame->changed = true;
     m_impl->changes.push_back({PagePin(), PagePin(frame.get())});
     m_impl->install(frame.get(), nullptr);
     ++m_impl->pageCount;
-    ++m_impl->changeCount;
-    const std::span bytes(frame.release()->bytes.get(), m_impl->format.pageSize);
-    return {page, bytes};
+    ++m_changeCount;
+    return {page, frame.release()->bytes()};
 }
 
 void PageCache::forget()
@@ -411,11 +378,6 @@ void PageCache::forget()
 bool PageCache::inScope() const
 {
     return m_impl->depth > 0;
-}
-
-std::uint64_t PageCache::changeCount() const
-{
-    return m_impl->changeCount;
 }
 
 std::uint64_t PageCache::discardCount() const

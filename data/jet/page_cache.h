@@ -10,39 +10,13 @@
 #pragma once
 
 #include "data/jet/file.h"
-#include "data/jet/page.h"
+#include "data/jet/page_frame.h"
 #include "data/jet/shared_file.h"
 
 #include <memory>
 #include <span>
 
 namespace jet {
-
-class PageCache;
-
-/// A pinned page, kept in memory while the handle lives. Movable; copying pins once more.
-class PagePin
-{
-public:
-    PagePin() = default;
-    PagePin(const PagePin &other);
-    PagePin(PagePin &&other) noexcept;
-    PagePin &operator=(PagePin other) noexcept;
-    ~PagePin();
-
-    [[nodiscard]] explicit operator bool() const { return m_frame != nullptr; }
-    [[nodiscard]] PageNo page() const;
-    [[nodiscard]] PageView view() const;
-    /// True when both handles see the same bytes.
-    bool operator==(const PagePin &other) const { return m_frame == other.m_frame; }
-
-    struct Frame;
-
-private:
-    friend class PageCache;
-    explicit PagePin(Frame *frame);
-    Frame *m_frame = nullptr;
-};
 
 class PageCache
 {
@@ -52,15 +26,35 @@ public:
     PageCache(File &file, const Format &format, SharedFile *shared = nullptr);
     ~PageCache();
 
-    [[nodiscard]] const Format &format() const;
+    [[nodiscard]] const Format &format() const { return m_format; }
     /// Pages in the file, those added by the open scope included.
     [[nodiscard]] std::uint32_t pageCount() const;
 
     /// The page for reading. Throws CorruptFile when it lies beyond the end of the file.
-    [[nodiscard]] PagePin pin(PageNo page);
+    [[nodiscard]] PagePin pin(PageNo page)
+    {
+        PageFrame *frame = m_directory.find(page);
+        if (frame == nullptr)
+            return load(page);
+        frame->recentlyUsed = true;
+        return PagePin(frame);
+    }
     /// The bytes of as many pages as `into` has room for, from `first` on: for walks that meet each page once
     /// and should not push others out of the cache. Needs a lock.
     void copy(PageNo first, std::span<std::byte> into) const;
+    /// Has the processor fetch a page that is likely to be walked through soon. Does nothing for a page that
+    /// is not in memory.
+    void expect(PageNo page) const
+    {
+        constexpr std::size_t kLine = 64;
+        if (const PageFrame *frame = m_directory.find(page)) {
+            for (std::size_t at = 0; at < sizeof(PageFrame) + frame->size; at += kLine)
+                __builtin_prefetch(reinterpret_cast<const std::byte *>(frame) + at);
+        }
+    }
+
+    /// The same for single rows that are likely to be shown soon, wherever they lie.
+    void expect(std::span<const RowId> rows) const;
 
     /// The page for changing. Throws std::logic_error without an open scope. The view is valid until the
     /// scope ends.
@@ -75,7 +69,7 @@ public:
 
     /// Rises with every edit, append, discarded scope and forget(): while it stays the same, what a handle
     /// shows is what the page holds.
-    [[nodiscard]] std::uint64_t changeCount() const;
+    [[nodiscard]] std::uint64_t changeCount() const { return m_changeCount; }
     /// Rises whenever a scope ends without commit(), and when pages are forgotten since somebody else
     /// changed the file: whatever was derived from the pages has to be derived again.
     [[nodiscard]] std::uint64_t discardCount() const;
@@ -84,11 +78,17 @@ public:
     [[nodiscard]] bool isCutShort() const;
 
 private:
-    friend class PagePin;
     friend class ReadLock;
     friend class WriteLock;
     friend class WriteScope;
     struct Impl;
+
+    [[nodiscard]] PagePin load(PageNo page);
+
+    // What every row needs, outside of Impl.
+    const Format &m_format;
+    PageDirectory m_directory; ///< frames that m_impl owns
+    std::uint64_t m_changeCount = 0;
     std::unique_ptr<Impl> m_impl;
 };
 

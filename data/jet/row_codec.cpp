@@ -13,11 +13,6 @@ namespace {
     return format.isJet3() ? 1 : 2;
 }
 
-[[nodiscard]] std::size_t maskSize(std::size_t columns)
-{
-    return (columns + 7) / 8;
-}
-
 /// Jet 3 stores offsets modulo 256 and needs one jump byte for each step that the row reaches.
 [[nodiscard]] std::size_t jumpsFor(std::size_t rowSize)
 {
@@ -92,7 +87,8 @@ TableLayout::TableLayout(const TableDefinition &definition, PageCache &theCache,
     : cache(&theCache)
     , codec(&theCodec)
     , format(&theCache.format())
-    , fixedEnd(countSize(*format))
+    , countSize(jet::countSize(*format))
+    , fixedEnd(countSize)
     , hasVariables(definition.variableColumnsEver > 0)
     , numbersEver(definition.columnNumbersEver)
     , variablesEver(definition.variableColumnsEver)
@@ -104,7 +100,7 @@ TableLayout::TableLayout(const TableDefinition &definition, PageCache &theCache,
         place.number = column.number;
         place.variableIndex = column.variableIndex;
         place.scale = column.scale;
-        place.offset = countSize(*format) + column.fixedOffset;
+        place.offset = countSize + column.fixedOffset;
         const std::size_t known = scalarSize(column.type());
         place.size = column.type() == ColumnType::Boolean ? 0 : known != 0 ? known : column.length;
         if (place.fixed && column.type() != ColumnType::Boolean)
@@ -113,23 +109,18 @@ TableLayout::TableLayout(const TableDefinition &definition, PageCache &theCache,
     }
 }
 
-RowShape readShape(std::span<const std::byte> row, const TableLayout &layout, RowId id)
+void throwUnshaped(std::span<const std::byte> row, const TableLayout &layout, RowId id)
+{
+    if (row.size() < layout.countSize)
+        throw damagedRow(id, "it is too short");
+    throw damagedRow(id, loadCount(row, 0, *layout.format) == 0 ? "it has no fields"
+                                                                : "its null mask does not fit");
+}
+
+void readOffsetTable(RowShape &shape, std::span<const std::byte> row, const TableLayout &layout, RowId id)
 {
     const Format &format = *layout.format;
-    const std::size_t count = countSize(format);
-    if (row.size() < count)
-        throw damagedRow(id, "it is too short");
-    RowShape shape;
-    shape.columns = loadCount(row, 0, format);
-    if (shape.columns == 0)
-        throw damagedRow(id, "it has no fields");
-    const std::size_t maskBytes = maskSize(shape.columns);
-    if (maskBytes > row.size() - count)
-        throw damagedRow(id, "its null mask does not fit");
-    shape.mask = row.size() - maskBytes;
-    if (!layout.hasVariables)
-        return shape;
-
+    const std::size_t count = layout.countSize;
     const auto isOlder = [&shape](const FieldPlace &place) {
         return place.fixed || place.number >= shape.columns;
     };
@@ -140,7 +131,7 @@ RowShape readShape(std::span<const std::byte> row, const TableLayout &layout, Ro
         if (behind <= shape.mask &&
             (std::size_t{shape.variables} + 1) * count <= shape.mask - count - shape.jumps) {
             shape.offsets = shape.mask - behind;
-            return shape;
+            return;
         }
     }
     // A row that is older than the table's first variable column may lack the table.
@@ -148,7 +139,6 @@ RowShape readShape(std::span<const std::byte> row, const TableLayout &layout, Ro
         throw damagedRow(id, "its offset table does not fit");
     shape.variables = 0;
     shape.jumps = 0;
-    return shape;
 }
 
 std::span<const std::byte> variableField(std::span<const std::byte> row, const RowShape &shape,

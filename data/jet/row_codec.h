@@ -38,6 +38,7 @@ struct TableLayout
     PageCache *cache;
     const TextCodec *codec;
     const Format *format;
+    std::size_t countSize; ///< bytes of the counts in a row (columns, variable fields) and of one offset
     std::vector<FieldPlace> fields;
     std::size_t fixedEnd = 0;      ///< where the variable part of a new row begins
     bool hasVariables = false;     ///< the table has or had a variable column
@@ -58,8 +59,29 @@ struct RowShape
     std::size_t jumps = 0;       ///< Jet 3: bytes of the jump table, which lies behind entry 0
 };
 
+[[nodiscard]] constexpr std::size_t maskSize(std::size_t columns)
+{
+    return (columns + 7) / 8;
+}
+
+[[noreturn]] void throwUnshaped(std::span<const std::byte> row, const TableLayout &layout, RowId id);
+void readOffsetTable(RowShape &shape, std::span<const std::byte> row, const TableLayout &layout, RowId id);
+
 /// Throws CorruptFile, naming the page and the row's slot.
-[[nodiscard]] RowShape readShape(std::span<const std::byte> row, const TableLayout &layout, RowId id);
+inline void readShape(RowShape &shape, std::span<const std::byte> row, const TableLayout &layout, RowId id)
+{
+    const std::size_t count = layout.countSize;
+    std::uint16_t columns = 0;
+    if (row.size() >= count) [[likely]]
+        columns = count == 1 ? loadWhole<std::uint8_t>(row.data()) : loadWhole<std::uint16_t>(row.data());
+    const std::size_t maskBytes = maskSize(columns);
+    if (columns == 0 || maskBytes > row.size() - count) [[unlikely]]
+        throwUnshaped(row, layout, id);
+    shape.columns = columns;
+    shape.mask = row.size() - maskBytes;
+    if (layout.hasVariables)
+        readOffsetTable(shape, row, layout, id);
+}
 
 /// Bytes of variable field `index` (below shape.variables).
 [[nodiscard]] std::span<const std::byte> variableField(std::span<const std::byte> row, const RowShape &shape,
@@ -76,15 +98,6 @@ struct StoredField
 /// Puts a row together, with all columns that the table ever had. `fields` by position in the definition's
 /// columns.
 [[nodiscard]] Bytes encodeRow(const TableLayout &layout, std::span<const StoredField> fields);
-
-/// A little-endian number of `size` bytes.
-[[nodiscard]] inline std::uint64_t loadNumber(const std::byte *bytes, std::size_t size)
-{
-    std::uint64_t value = 0;
-    for (std::size_t i = size; i-- > 0;)
-        value = value << 8 | std::to_integer<std::uint64_t>(bytes[i]);
-    return value;
-}
 
 /// "row in slot 3" of a page, as a CorruptFile.
 [[nodiscard]] CorruptFile damagedRow(RowId id, const std::string &reason);

@@ -64,15 +64,15 @@ public:
     {
         // The pinned page shows what it did when it was read: no lock is needed before the next one.
         if (m_seen == cache.changeCount()) {
-            if (const auto slot = visibleSlot(); slot && !slot->moved)
-                return give(row, *slot);
+            if (Slot slot; findSlot(slot) && !slot.moved) [[likely]]
+                return give(row, slot);
         }
         const ReadLock lock(cache);
         for (;;) {
             if (m_pin && m_seen != cache.changeCount())
                 open(m_page);
-            if (const auto slot = visibleSlot())
-                return give(row, *slot);
+            if (Slot slot; findSlot(slot))
+                return give(row, slot);
             const UsageMap owned(m_table.db.store, m_table.definition.ownedMap);
             const auto page = owned.next(m_started ? PageNo{number(m_page) + 1} : PageNo{0});
             if (!page) {
@@ -98,17 +98,19 @@ private:
         m_slots = isDataPageOf(m_pin.view(), m_table.owner()) ? slotCount(m_pin.view(), m_table.format()) : 0;
         if (m_slots > kMaxSlots + 1)
             throw damaged(page, "more rows than a page can name");
+        // The pages of a table mostly follow one another.
+        cache.expect(PageNo{number(page) + 1});
     }
 
     /// Goes on to the next slot that holds a row of the table, if there is one on the page.
-    [[nodiscard]] std::optional<Slot> visibleSlot()
+    [[nodiscard]] bool findSlot(Slot &slot)
     {
         for (; m_slot < m_slots; ++m_slot) {
-            const Slot slot = slotAt(m_pin.view(), m_table.format(), static_cast<std::uint8_t>(m_slot));
-            if (!slot.hidden)
-                return slot;
+            slot = slotAt(m_pin.view(), m_table.format(), m_slot, m_slots);
+            if (!slot.hidden) [[likely]]
+                return true;
         }
-        return {};
+        return false;
     }
 
     bool give(RowView &row, const Slot &slot)
@@ -179,12 +181,8 @@ void Table::Impl::reloadIfStale()
         reload();
 }
 
-void Table::Impl::show(RowView &view, RowId id, const PagePin &pin, const Slot &slot)
+void Table::Impl::showMoved(RowView &view, RowId id, const PagePin &pin, const Slot &slot)
 {
-    if (!slot.moved) {
-        view.bind(layout, id, pin, pin.view().slice(slot.start, slot.size()));
-        return;
-    }
     const Body body = findBody(db.cache, owner(), id, pin, slot);
     view.bind(layout, id, body.pin, body.pin.view().slice(body.slot.start, body.slot.size()));
 }

@@ -46,7 +46,14 @@ struct Table::Impl
     [[nodiscard]] std::uint32_t owner() const { return number(definition.page); }
 
     /// Shows the row of a slot, which is not hidden, at the place where its body lies.
-    void show(RowView &view, RowId id, const PagePin &pin, const Slot &slot);
+    void show(RowView &view, RowId id, const PagePin &pin, const Slot &slot)
+    {
+        if (slot.moved) [[unlikely]]
+            showMoved(view, id, pin, slot);
+        else
+            view.bind(layout, id, pin, pin.view().slice(slot.start, slot.size()));
+    }
+    void showMoved(RowView &view, RowId id, const PagePin &pin, const Slot &slot);
     /// Where the bytes of a row lie: its own slot, or the one that the row moved to.
     [[nodiscard]] RowId bodyOf(RowId id);
     [[nodiscard]] IndexTree &tree(std::size_t storedIndex);

@@ -24,11 +24,15 @@ struct VirtualTable : sqlite3_vtab
         : sqlite3_vtab{}
         , space(shared)
         , table(opened)
-    {}
+    {
+        for (const jet::Column &column : opened.definition().columns)
+            types.push_back(column.type());
+    }
 
     TableSpace &space;
     jet::Table &table;
     TableInfo info;
+    std::vector<jet::ColumnType> types; ///< of the fields
     /// Plans handed out so far; SQLite carries a number. A plan says which indexes and bounds are used, not
     /// their values, so there are few.
     std::vector<AccessPlan> plans;
@@ -243,9 +247,8 @@ int column(sqlite3_vtab_cursor *cursor, sqlite3_context *context, int number)
 {
     VirtualCursor &own = cursorOf(cursor);
     const auto position = static_cast<std::size_t>(number);
-    return own.table.space.errors->guard([&] {
-        giveField(context, own.rows.row(), position, own.table.table.definition().columns[position].type());
-    });
+    return own.table.space.errors->guard(
+        [&] { giveField(context, own.rows.row(), position, own.table.types[position]); });
 }
 
 int rowPlace(sqlite3_vtab_cursor *cursor, sqlite3_int64 *place)
