@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 namespace bench {
 
@@ -90,6 +91,17 @@ double bestOf(int calls, const std::function<void()> &work)
     for (int call = 0; call < calls; ++call)
         best = std::min(best, secondsOf(work));
     return best;
+}
+
+Turn middleTurn(int turns, const std::function<void()> &ours, const std::function<void()> &other)
+{
+    std::vector<Turn> all;
+    for (int turn = 0; turn < turns; ++turn) {
+        const double own = secondsOf(ours);
+        all.push_back({own, secondsOf(other)});
+    }
+    std::ranges::sort(all, {}, [](const Turn &turn) { return turn.ours / turn.other; });
+    return all[all.size() / 2];
 }
 
 void Report::heading()

@@ -14,6 +14,17 @@ namespace bench {
 /// The shortest of several calls: what the work costs when nothing else is in the way.
 [[nodiscard]] double bestOf(int calls, const std::function<void()> &work);
 
+/// Seconds of two ways to the same, measured one behind the other.
+struct Turn
+{
+    double ours = 0;
+    double other = 0;
+};
+/// Runs both in turns and gives the turn whose ratio is the middle one: what else the machine does meets both
+/// alike.
+[[nodiscard]] Turn middleTurn(int turns, const std::function<void()> &ours,
+                              const std::function<void()> &other);
+
 /// What a measurement is held against.
 struct Target
 {

@@ -20,6 +20,7 @@ namespace bench {
 namespace {
 
 const std::string kPassword(data::schema::kPassword);
+constexpr int kTurns = 9;
 
 /// Runs mdb-export over the movements, its output thrown away.
 void exportMovements(const std::string &file)
@@ -94,17 +95,20 @@ void measureSum(Report &report, const YearCopy &year, const data::Connection &co
 {
     const std::string text = "Select Sum(OTQty) as at from Stock_Stock";
     Currency sum;
-    const double ours = bestOf(5, [&] { sum = sumThroughSql(connection, text); });
-    NativeDatabase native(year.nativeFile());
+    const NativeDatabase native(year.nativeFile());
     std::int64_t nativeSum = 0;
-    const double other = bestOf(5, [&] {
+    const auto ours = [&] { sum = sumThroughSql(connection, text); };
+    const auto other = [&] {
         NativeStatement statement = native.prepare(text);
         statement.step();
         nativeSum = statement.integer(0);
-    });
+    };
+    const Turn turn = middleTurn(kTurns, ours, other);
     requireSame("Sum(OTQty)", sum.raw(), nativeSum);
-    report.add(
-        {"Select Sum(OTQty), whole table; native SQLite", ours, other, {Target::Kind::TimesSlower, 2}});
+    report.add({"Select Sum(OTQty), whole table; native SQLite",
+                turn.ours,
+                turn.other,
+                {Target::Kind::TimesSlower, 2}});
 }
 
 /// Items of the master, always the same ones of one file.
@@ -159,17 +163,6 @@ public:
 
 using Figure = std::function<std::int64_t(std::int32_t item)>;
 
-/// Seconds of one item; `total` becomes the sum of the figures of all.
-double secondsPerItem(const std::vector<std::int32_t> &items, const Figure &figure, std::int64_t &total)
-{
-    const double all = bestOf(3, [&] {
-        total = 0;
-        for (const std::int32_t item : items)
-            total += figure(item);
-    });
-    return all / static_cast<double>(items.size());
-}
-
 void measurePerItem(Report &report, const YearCopy &year, const OpenedStatistics &opened)
 {
     const orders::Period &period = opened.period;
@@ -189,25 +182,29 @@ void measurePerItem(Report &report, const YearCopy &year, const OpenedStatistics
         statement.reset();
         return figure;
     };
-    const auto measure = [&](const std::string &name, const char *text, bool isDate, const Figure &figure) {
+    const auto totalOf = [&items](const Figure &figure) {
+        std::int64_t total = 0;
+        for (const std::int32_t item : items)
+            total += figure(item);
+        return total;
+    };
+    const auto compare = [&](const std::string &name, const Figure &figure, const Figure &nativeWay) {
         std::int64_t oursTotal = 0;
         std::int64_t otherTotal = 0;
-        const double ours = secondsPerItem(items, figure, oursTotal);
-        NativeStatement once = native.prepare(text);
-        const double kept = secondsPerItem(
-            items, [&](std::int32_t item) { return nativeFigure(once, item, isDate); }, otherTotal);
+        const Turn turn = middleTurn(
+            kTurns, [&] { oursTotal = totalOf(figure); }, [&] { otherTotal = totalOf(nativeWay); });
         requireSame(name, oursTotal, otherTotal);
-        report.add({name + ", an item; native, text",
-                    ours,
-                    secondsPerItem(
-                        items,
-                        [&](std::int32_t item) {
-                            NativeStatement fresh = native.prepare(text);
-                            return nativeFigure(fresh, item, isDate);
-                        },
-                        otherTotal),
-                    {Target::Kind::TimesSlower, 1}});
-        report.add({name + ", an item; native, prepared", ours, kept, {Target::Kind::TimesSlower, 1}});
+        const auto count = static_cast<double>(items.size());
+        report.add({name, turn.ours / count, turn.other / count, {Target::Kind::TimesSlower, 1}});
+    };
+    const auto measure = [&](const std::string &name, const char *text, bool isDate, const Figure &figure) {
+        compare(name + ", an item; native, text", figure, [&](std::int32_t item) {
+            NativeStatement fresh = native.prepare(text);
+            return nativeFigure(fresh, item, isDate);
+        });
+        NativeStatement once = native.prepare(text);
+        compare(name + ", an item; native, prepared", figure,
+                [&](std::int32_t item) { return nativeFigure(once, item, isDate); });
     };
     measure("Stk_OutQty", kOutgoing, false,
             [&](std::int32_t item) { return statistics.Stk_OutQty(period, item).raw(); });

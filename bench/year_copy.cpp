@@ -93,7 +93,8 @@ void YearCopy::fillNative()
     native.run("PRAGMA synchronous=OFF; BEGIN;"
                "CREATE TABLE Stock_Stock(ItemCode INTEGER, ITQty INTEGER, OTQty INTEGER, StkDate REAL, "
                "FrmId INTEGER, StkPoint INTEGER);"
-               "CREATE TABLE Mast_Items(ItemCode INTEGER PRIMARY KEY, PartCode TEXT)");
+               "CREATE TABLE Mast_Items(ItemCode INTEGER PRIMARY KEY, PartCode TEXT COLLATE NOCASE, "
+               "ItemName TEXT COLLATE NOCASE, Location TEXT COLLATE NOCASE, Higher INTEGER)");
 
     jet::Table &movements = database->table("Stock_Stock");
     NativeStatement movement = native.prepare("INSERT INTO Stock_Stock VALUES(?,?,?,?,?,?)");
@@ -112,11 +113,15 @@ void YearCopy::fillNative()
     m_lastDay = Date::fromSerial(last).midnight();
 
     jet::Table &master = database->table("Mast_Items");
-    NativeStatement item = native.prepare("INSERT INTO Mast_Items VALUES(?,?)");
+    NativeStatement item = native.prepare("INSERT INTO Mast_Items VALUES(?,?,?,?,?)");
     for (jet::Cursor rows = master.scan(); rows.next();) {
-        m_items.push_back(rows.row().integer(columnOf(master, "ItemCode")));
+        const jet::RowView &row = rows.row();
+        m_items.push_back(row.integer(columnOf(master, "ItemCode")));
         item.bind(1, std::int64_t{m_items.back()});
-        item.bind(2, rows.row().text(columnOf(master, "PartCode")));
+        int parameter = 2;
+        for (const char *field : {"PartCode", "ItemName", "Location"})
+            item.bind(parameter++, row.text(columnOf(master, field)));
+        item.bind(parameter, std::int64_t{row.integer(columnOf(master, "Higher"))});
         item.run();
     }
     native.run("CREATE INDEX MovementItem ON Stock_Stock(ItemCode);"
