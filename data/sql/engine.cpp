@@ -5,6 +5,7 @@
 #include "data/sql/parser.h"
 #include "data/sql/query.h"
 #include "data/sql/statement_cache.h"
+#include "data/sql/sum_cache.h"
 #include "data/sql/virtual_table.h"
 
 #include <set>
@@ -31,10 +32,12 @@ struct Engine::Impl
         : database(opened)
         , functions{opened.version(), errors}
         , tables(opened, errors)
+        , sums(opened, errors)
         , connection(openConnection(errors))
         , statements(connection.get(), errors)
     {
         registerFunctions(connection.get(), functions);
+        registerSums(connection.get(), sums, errors);
     }
 
     std::shared_ptr<CompiledStatement> compiled(const Lexed &lexed)
@@ -71,6 +74,7 @@ struct Engine::Impl
     PendingError errors;
     FunctionContext functions;
     TableSpace tables;
+    SumCache sums;
     ConnectionHandle connection;
     StatementCache statements;
     std::set<jet::PageNo> known; ///< tables that SQLite was told of

@@ -180,6 +180,8 @@ std::string ExpressionText::aggregate(const Expr &expr)
     if (expr.operands.empty())
         return name + "(*)";
     const Expr &operand = *expr.operands.front();
+    if (!m_sums.empty())
+        return name + "(" + m_sums + ")";
     const std::string call = name + "(" + sortable(operand) + ")";
     return isText(expr.type) ? "(" + call + " COLLATE jet)" : call;
 }

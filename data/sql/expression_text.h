@@ -17,6 +17,9 @@ public:
     [[nodiscard]] std::string sortable(const Expr &expr);
     [[nodiscard]] std::string condition(const Expr &expr);
 
+    /// From here on every Sum is written as the sum of this column, which holds sums.
+    void sumOver(std::string column) { m_sums = std::move(column); }
+
     [[nodiscard]] static std::string columnName(ColumnRef column);
     [[nodiscard]] const std::vector<Parameter> &parameters() const { return m_parameters; }
 
@@ -36,6 +39,7 @@ private:
     std::string beginning(const Expr &comparison);
 
     std::vector<Parameter> m_parameters;
+    std::string m_sums;
 };
 
 } // namespace sql

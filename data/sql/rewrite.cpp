@@ -3,6 +3,7 @@
 #include "common/format.h"
 #include "data/sql/expression_text.h"
 #include "data/sql/lexer.h"
+#include "data/sql/sum_join.h"
 
 #include <algorithm>
 
@@ -63,6 +64,9 @@ public:
         for (const Source &source : m_statement.sources)
             m_result.tables.push_back(source.definition);
         collectConditions();
+        m_sumJoin = findSumJoin(m_statement);
+        if (m_sumJoin)
+            m_text.sumOver("sums.total");
         std::string &sql = m_result.sql;
         sql = "SELECT ";
         if (m_statement.kind == Statement::Kind::Delete)
@@ -181,6 +185,8 @@ private:
             return;
         }
         writeFrom(*part.first);
+        if (m_sumJoin)
+            return writeSums();
         if (part.kind == FromPart::Kind::Inner) {
             m_result.sql += " JOIN ";
             writeFrom(*part.second);
@@ -195,6 +201,17 @@ private:
         m_result.sql += inner ? " JOIN " : " LEFT JOIN ";
         writeFrom(*part.second);
         m_result.sql += " ON " + m_text.condition(*part.on);
+    }
+
+    void writeSums()
+    {
+        const SumJoin &join = *m_sumJoin;
+        // Column places and names made here: nothing in it needs to be quoted or bound.
+        const std::string alias = "s" + std::to_string(join.key.source);
+        m_result.sql += " LEFT JOIN jet_sums AS sums ON sums.statement = 'SELECT " +
+                        ExpressionText::columnName(join.key) + ", " + ExpressionText().value(*join.operand) +
+                        " FROM " + virtualName(*m_statement.sources[join.key.source].definition) + " AS " +
+                        alias + "' AND sums.key = " + ExpressionText::columnName(join.outerKey);
     }
 
     void writeAll(std::string_view keyword, const std::vector<const Expr *> &conditions)
@@ -250,6 +267,7 @@ private:
     const Statement &m_statement;
     Rewritten m_result;
     ExpressionText m_text;
+    std::optional<SumJoin> m_sumJoin;
     std::vector<const Expr *> m_where;
     std::vector<const Expr *> m_having;
     std::vector<std::size_t> m_itemColumns; ///< first result column of each item

@@ -295,7 +295,7 @@ Twin RandomTest::statement(Generator &random, bool &ordered)
     const auto where = [&](bool joined) {
         return random.chance(85) ? " where " + random.condition(joined) : Twin{};
     };
-    switch (random.number(0, 3)) {
+    switch (random.number(0, 4)) {
     case 0: {
         ordered = true;
         const char *order =
@@ -313,6 +313,21 @@ Twin RandomTest::statement(Generator &random, bool &ordered)
     case 2:
         return same("Select Count(*), Count(Name), Sum(Amt), Max(DayOf), Min(Qty), Sum(Grp) from A") +
                where(false);
+    case 3: {
+        // Joined with the sums of B by key, unless something in it asks for B's rows one by one.
+        const char *sum = random.oneOf({"Sum(B.Amt)", "Sum(B.Amt - B.Amt)", "Sum(B.Id)", "Sum(B.Id + B.Ref)",
+                                        "Sum(A.Amt)", "Sum(B.Amt), Count(*)", "Max(B.Amt)"});
+        const char *on = random.oneOf({"A.Grp = B.Ref", "B.Ref = A.Grp", "A.Id = B.Ref", "A.Qty = B.Ref"});
+        const char *join = random.oneOf({" left join ", " left join ", " right join "});
+        const char *having =
+            random.oneOf({"", " having Grp > 3", " having Left( Name,1  ) = 'a' and Grp >0",
+                          " having Sum(B.Id) > 20", " having Name is null or Sum(B.Id) is null"});
+        return same("Select Name, ") + sum + ", Grp from A" + join + "B on " + on +
+               (random.chance(40) ? where(false) : Twin{}) + " group by Name, Grp" +
+               Twin{having, QString(having)
+                                .replace("Left( Name,1  )", "(substr(Name, 1, 1) COLLATE NOCASE)")
+                                .toStdString()};
+    }
     default: {
         const char *having =
             random.oneOf({"", " having Grp > 3", " having Count(*) > 1 and Name > 'a1'",

@@ -1,0 +1,27 @@
+// Which joins can be made with sums instead of rows.
+//
+//     Select ..., Sum(operand) From A Left Join B On A.key = B.key ... Group By columns of A ...
+//
+// where B is met nowhere but in the join and in that operand. A group's rows are then rows of A, each with
+// all rows of B that have its key, and the sum over them is the sum over A's rows of B's sum for the key. So
+// B's rows can be added up by key beforehand, once for all groups and statements (SumCache).
+#pragma once
+
+#include "data/sql/syntax.h"
+
+#include <optional>
+
+namespace sql {
+
+struct SumJoin
+{
+    ColumnRef outerKey; ///< of the first table
+    ColumnRef key;      ///< of the table that is added up
+    const Expr *operand = nullptr;
+};
+
+/// Nothing when the statement is of another form, when anything but one and the same sum is asked for, or
+/// when adding up in another order could show: with floating numbers.
+[[nodiscard]] std::optional<SumJoin> findSumJoin(const Statement &statement);
+
+} // namespace sql
