@@ -8,7 +8,6 @@
 namespace {
 
 using jet::ColumnType;
-using sql::Parameter;
 
 jet::TableDefinition makeTable(std::uint32_t page, const char *name,
                                std::initializer_list<std::pair<const char *, ColumnType>> columns)
@@ -74,8 +73,6 @@ private slots:
     void accepted();
     void rewriting_data();
     void rewriting();
-    void parameters_data();
-    void parameters();
     void resultTypes_data();
     void resultTypes();
     void resultNames();
@@ -212,21 +209,8 @@ void DialectTest::rewriting_data()
     const auto row = [](const char *name, const char *text, const char *expected) {
         QTest::newRow(name) << QByteArray(text) << QByteArray(expected);
     };
-    row("stored order by default", "Select * from Items", "t1 AS s0 ORDER BY s0.rowid");
-    row("stored order breaks ties", "Select * from Items order by Rate desc",
-        "t1 AS s0 ORDER BY s0.c2 DESC, s0.rowid");
     row("decimals are ordered as numbers", "Select * from Items order by Weight",
         "t1 AS s0 ORDER BY jet_number(s0.c4), s0.rowid");
-    row("inner join",
-        "Select Rate from (Items inner join Stock on Items.ItemCode = Stock.ItemCode) inner join [Group "
-        "Names] on "
-        "PartCode = [Group]",
-        "t1 AS s0 JOIN t2 AS s1 JOIN t3 AS s2 WHERE (s0.c0 = s1.c0) AND (s0.c1 = s2.c0) ORDER BY s0.rowid, "
-        "s1.rowid, s2.rowid");
-    row("left join", "Select Rate from Items left join Stock on Items.ItemCode = Stock.ItemCode",
-        "t1 AS s0 LEFT JOIN t2 AS s1 ON (s0.c0 = s1.c0) ORDER BY s0.rowid, s1.rowid");
-    row("right join exchanges", "Select Rate from Stock right join Items on Items.ItemCode = Stock.ItemCode",
-        "t1 AS s1 LEFT JOIN t2 AS s0 ON (s1.c0 = s0.c0) ORDER BY s1.rowid, s0.rowid");
     row("conditions make it an inner join",
         "Select Rate from Stock right join Items on Items.ItemCode = Stock.ItemCode where FrmId Not In (64, "
         "65)",
@@ -237,13 +221,6 @@ void DialectTest::rewriting_data()
         "FrmId = 1",
         "t1 AS s0 LEFT JOIN t2 AS s1 ON (s0.c0 = s1.c0) WHERE ((s1.c3 IS NULL) OR (s1.c3 = ?1)) ORDER BY "
         "s0.rowid, s1.rowid");
-    row("amounts are compared as amounts", "Select * from Items where Rate > 5 and Rate < Higher",
-        "t1 AS s0 WHERE (s0.c2 > ?1) AND (s0.c2 < (s0.c3 * 10000)) ORDER BY s0.rowid");
-    row("amounts against floating numbers", "Select OTQty from Stock where OTQty > Factor",
-        "t2 AS s0 WHERE ((s0.c1 / 10000.0) > s0.c4) ORDER BY s0.rowid");
-    row("beginnings", "Select * from Items where 'AB' = Left(PartCode, 2)",
-        "t1 AS s0 WHERE ((?1 = (jet_left(s0.c1, ?2) COLLATE jet)) AND starts_with(s0.c1, ?1)) ORDER BY "
-        "s0.rowid");
     row("having without sums",
         "Select PartCode, Sum(Rate) as S from Items group by PartCode, Higher having Left( PartCode,2  ) = "
         "'AB' and "
@@ -254,9 +231,6 @@ void DialectTest::rewriting_data()
         "s0.c1, s0.c3 HAVING (sum(s0.c2) > ?4) ORDER BY s0.c1, s0.c3");
     row("having without groups stays", "Select Count(*) from Items having Sum(Rate) > 1 and Count(*) > 2",
         "t1 AS s0 HAVING (sum(s0.c2) > ?1) AND (count(*) > ?2)");
-    row("distinct", "Select Distinct Higher, Rate from Items order by Rate", "t1 AS s0 ORDER BY s0.c2, 1, 2");
-    row("alias in order", "Select Higher, Rate*2 as Twice from Items order by Twice desc",
-        "t1 AS s0 ORDER BY 2 DESC, s0.rowid");
 }
 
 void DialectTest::rewriting()
@@ -265,39 +239,6 @@ void DialectTest::rewriting()
     QFETCH(QByteArray, expected);
     const QByteArray sql = QByteArray::fromStdString(rewritten(text.toStdString()).sql);
     QCOMPARE(sql.mid(sql.indexOf(" FROM ") + 6), expected);
-}
-
-void DialectTest::parameters_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<int>("as");
-    QTest::addColumn<bool>("negative");
-
-    const auto row = [](const char *text, Parameter::As as, bool negative = false) {
-        QTest::newRow(text) << QByteArray(text) << int(as) << negative;
-    };
-    row("Select * from Items where ItemCode = 5", Parameter::As::Number);
-    row("Select * from Items where ItemCode = -5", Parameter::As::Number, true);
-    row("Select * from Items where ItemCode = --5", Parameter::As::Number);
-    row("Select * from Items where Rate >= 5.25", Parameter::As::Scaled);
-    row("Select * from Items where Rate in (-5)", Parameter::As::Scaled, true);
-    row("Select Rate + 1.5 from Items", Parameter::As::Amount);
-    row("Select Rate * 2 from Items", Parameter::As::Number);
-    row("Select * from Items where PartCode = 'x'", Parameter::As::Text);
-    row("Select * from Stock where StkDate < CDate('05/Apr/2005')", Parameter::As::Date);
-    row("Select * from Stock where StkDate < 38447", Parameter::As::Number);
-}
-
-void DialectTest::parameters()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(int, as);
-    QFETCH(bool, negative);
-    text.replace("--", "- -"); // without the blank it would be a comment
-    const sql::Rewritten result = rewritten(text.toStdString());
-    QCOMPARE(result.parameters.size(), std::size_t(1));
-    QCOMPARE(int(result.parameters.front().as), as);
-    QCOMPARE(result.parameters.front().negative, negative);
 }
 
 void DialectTest::resultTypes_data()
