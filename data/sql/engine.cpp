@@ -32,7 +32,7 @@ struct Engine::Impl
         : database(opened)
         , functions{opened.version(), errors}
         , tables(opened, errors)
-        , sums(opened, errors)
+        , sums(opened)
         , connection(openConnection(errors))
         , statements(connection.get(), errors)
     {
@@ -61,6 +61,7 @@ struct Engine::Impl
         if (known.contains(table.page))
             return;
         registerTable(connection.get(), tables, database.table(table.name), virtualName(table));
+        sums.addTable(database.table(table.name));
         known.insert(table.page);
     }
 

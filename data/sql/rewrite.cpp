@@ -205,13 +205,15 @@ private:
 
     void writeSums()
     {
+        // Numbers made here: nothing in it needs to be quoted or bound.
         const SumJoin &join = *m_sumJoin;
-        // Column places and names made here: nothing in it needs to be quoted or bound.
-        const std::string alias = "s" + std::to_string(join.key.source);
-        m_result.sql += " LEFT JOIN jet_sums AS sums ON sums.statement = 'SELECT " +
-                        ExpressionText::columnName(join.key) + ", " + ExpressionText().value(*join.operand) +
-                        " FROM " + virtualName(*m_statement.sources[join.key.source].definition) + " AS " +
-                        alias + "' AND sums.key = " + ExpressionText::columnName(join.outerKey);
+        std::string which =
+            std::to_string(jet::number(m_statement.sources[join.key.source].definition->page)) + " " +
+            std::to_string(join.key.position);
+        for (const SumTerm &term : join.terms)
+            which += (term.negative ? " -" : " +") + std::to_string(term.position);
+        m_result.sql += " LEFT JOIN jet_sums AS sums ON sums.which = '" + which +
+                        "' AND sums.key = " + ExpressionText::columnName(join.outerKey);
     }
 
     void writeAll(std::string_view keyword, const std::vector<const Expr *> &conditions)

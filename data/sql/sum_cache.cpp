@@ -1,66 +1,80 @@
 #include "data/sql/sum_cache.h"
 
 #include "common/errors.h"
+#include "data/jet/column_scan.h"
 #include "data/jet/page_store.h"
 
 #include <memory>
+#include <sstream>
+#include <vector>
 
 namespace sql {
 namespace {
 
-/// The program has one such statement; the rest is room for questions that others may ask.
-constexpr std::size_t kMostStatements = 16;
+/// The program asks for one kind of sum; the rest is room for questions that others may have.
+constexpr std::size_t kMostSums = 16;
 
-void add(SumCache::Sum &sum, sqlite3_value *operand)
+/// Adds the operand of one row to a sum, unless a term of it is null.
+void addOperand(const std::vector<FieldColumn> &columns, const std::vector<bool> &negative, std::size_t row,
+                SumCache::Sum &sum)
 {
-    const int type = sqlite3_value_type(operand);
-    if (type == SQLITE_NULL)
-        return;
+    std::int64_t value = 0;
+    bool overflown = false;
+    for (std::size_t term = 0; term < negative.size(); ++term) {
+        const FieldColumn &column = columns[term + 1];
+        if (column.nulls[row] != 0)
+            return;
+        overflown = (negative[term] ? __builtin_sub_overflow(value, column.numbers[row], &value)
+                                    : __builtin_add_overflow(value, column.numbers[row], &value)) ||
+                    overflown;
+    }
+    overflown = __builtin_add_overflow(sum.total, value, &sum.total) || overflown;
     sum.hasValue = true;
-    // A floating number stands for a whole one that grew too large on the way here.
-    std::int64_t total = 0;
-    if (type != SQLITE_INTEGER ||
-        __builtin_add_overflow(sum.total, std::int64_t{sqlite3_value_int64(operand)}, &total))
-        sum.overflown = true;
-    else
-        sum.total = total;
+    sum.overflown = sum.overflown || overflown;
 }
 
 } // namespace
 
-const SumCache::Sum *SumCache::find(sqlite3 *connection, std::string_view statement, std::int64_t key)
+const SumCache::Sum *SumCache::find(std::string_view which, std::int64_t key)
 {
-    if (m_last == nullptr || m_last->first != statement) {
+    if (m_last == nullptr || m_last->first != which) {
         m_last = nullptr;
-        if (m_sums.size() >= kMostStatements && !m_sums.contains(std::string(statement)))
+        if (m_sums.size() >= kMostSums && !m_sums.contains(std::string(which)))
             m_sums.clear();
-        m_last = &*m_sums.try_emplace(std::string(statement)).first;
+        m_last = &*m_sums.try_emplace(std::string(which)).first;
     }
     Sums &sums = m_last->second;
     if (sums.changes != m_database->store().cache().changeCount())
-        addUp(connection, m_last->first, sums);
+        addUp(m_last->first, sums);
     const auto found = sums.byKey.find(key);
     return found == sums.byKey.end() ? nullptr : &found->second;
 }
 
-void SumCache::addUp(sqlite3 *connection, const std::string &statement, Sums &sums) const
+void SumCache::addUp(const std::string &which, Sums &sums) const
 {
+    std::istringstream parts(which);
+    std::uint32_t page = 0;
+    std::size_t position = 0;
+    parts >> page >> position;
+    std::vector<std::size_t> positions{position};
+    std::vector<bool> negative;
+    for (char sign = ' '; parts >> sign >> position;) {
+        positions.push_back(position);
+        negative.push_back(sign == '-');
+    }
+
     sums.changes.reset();
     sums.byKey.clear();
+    jet::ColumnScan rows(*m_tables.at(page), positions);
     const std::uint64_t changes = m_database->store().cache().changeCount();
-    sqlite3_stmt *prepared = nullptr;
-    int result = sqlite3_prepare_v2(connection, statement.c_str(), static_cast<int>(statement.size()) + 1,
-                                    &prepared, nullptr);
-    const StatementHandle rows(prepared);
-    if (result == SQLITE_OK) {
-        while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
+    while (const std::size_t count = rows.next()) {
+        const std::vector<FieldColumn> &columns = rows.columns();
+        for (std::size_t row = 0; row < count; ++row) {
             // A row without a key joins with nothing.
-            if (sqlite3_column_type(prepared, 0) != SQLITE_NULL)
-                add(sums.byKey[sqlite3_column_int64(prepared, 0)], sqlite3_column_value(prepared, 1));
+            if (columns.front().nulls[row] == 0)
+                addOperand(columns, negative, row, sums.byKey[columns.front().numbers[row]]);
         }
     }
-    if ((result != SQLITE_OK && result != SQLITE_DONE) || m_errors->isPending())
-        m_errors->raise(connection);
     sums.changes = changes;
 }
 
@@ -68,14 +82,13 @@ namespace {
 
 constexpr int kKey = 0;
 constexpr int kTotal = 1;
-constexpr int kStatement = 2;
+constexpr int kWhich = 2;
 
 /// Owned by the connection as the module's data.
 struct Registered
 {
     SumCache *cache;
     PendingError *errors;
-    sqlite3 *connection;
 };
 
 struct SumTable : sqlite3_vtab
@@ -111,7 +124,7 @@ int connect(sqlite3 *connection, void *data, int, const char *const *, sqlite3_v
     const auto &registered = *static_cast<Registered *>(data);
     return registered.errors->guard([&] {
         auto table = std::make_unique<SumTable>(registered);
-        if (sqlite3_declare_vtab(connection, "CREATE TABLE t(key, total, statement)") != SQLITE_OK)
+        if (sqlite3_declare_vtab(connection, "CREATE TABLE t(key, total, which)") != SQLITE_OK)
             registered.errors->raise(connection);
         *result = table.release();
     });
@@ -131,7 +144,7 @@ int bestIndex(sqlite3_vtab *, sqlite3_index_info *info)
         const auto &constraint = info->aConstraint[i];
         const bool isKey = constraint.iColumn == kKey;
         if (constraint.op != SQLITE_INDEX_CONSTRAINT_EQ || constraint.usable == 0 ||
-            (!isKey && constraint.iColumn != kStatement))
+            (!isKey && constraint.iColumn != kWhich))
             continue;
         info->aConstraintUsage[i].argvIndex = isKey ? 2 : 1;
         info->aConstraintUsage[i].omit = 1;
@@ -163,9 +176,9 @@ int filter(sqlite3_vtab_cursor *cursor, int, const char *, int, sqlite3_value **
         return SQLITE_OK;
     return registered.errors->guard([&] {
         own.key = sqlite3_value_int64(values[1]);
-        const std::string_view statement(reinterpret_cast<const char *>(sqlite3_value_text(values[0])),
-                                         static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
-        if (const auto *sum = registered.cache->find(registered.connection, statement, own.key))
+        const std::string_view which(reinterpret_cast<const char *>(sqlite3_value_text(values[0])),
+                                     static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
+        if (const auto *sum = registered.cache->find(which, own.key))
             own.row = *sum;
     });
 }
@@ -222,7 +235,7 @@ const sqlite3_module kModule = [] {
 
 void registerSums(sqlite3 *connection, SumCache &cache, PendingError &errors)
 {
-    auto registered = std::make_unique<Registered>(Registered{&cache, &errors, connection});
+    auto registered = std::make_unique<Registered>(Registered{&cache, &errors});
     const auto destroy = [](void *data) { delete static_cast<Registered *>(data); };
     // SQLite owns the data from here on, also when the call fails.
     if (sqlite3_create_module_v2(connection, "jet_sums", &kModule, registered.release(), destroy) !=

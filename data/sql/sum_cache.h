@@ -29,14 +29,17 @@ public:
         bool overflown = false;
     };
 
-    SumCache(jet::Database &database, PendingError &errors)
+    explicit SumCache(jet::Database &database)
         : m_database(&database)
-        , m_errors(&errors)
     {}
 
-    /// The sum of one key; null when no row has it. `statement` gives key and operand of all rows of the
-    /// table. The address is valid until the next call.
-    [[nodiscard]] const Sum *find(sqlite3 *connection, std::string_view statement, std::int64_t key);
+    /// Makes a table known, which must outlive the cache.
+    void addTable(jet::Table &table) { m_tables[jet::number(table.definition().page)] = &table; }
+
+    /// The sum of one key; null when no row has it. `which` says what is added up: the page of the table's
+    /// definition, the position of the key, and those of the columns with their signs ("15 0 +1 -2"). The
+    /// address is valid until the next call.
+    [[nodiscard]] const Sum *find(std::string_view which, std::int64_t key);
 
 private:
     struct Sums
@@ -45,16 +48,16 @@ private:
         std::unordered_map<std::int64_t, Sum> byKey;
     };
 
-    void addUp(sqlite3 *connection, const std::string &statement, Sums &sums) const;
+    void addUp(const std::string &which, Sums &sums) const;
 
     jet::Database *m_database;
-    PendingError *m_errors;
+    std::unordered_map<std::uint32_t, jet::Table *> m_tables; ///< by the page of the definition
     std::unordered_map<std::string, Sums> m_sums;
     std::pair<const std::string, Sums> *m_last = nullptr; ///< that of the last call
 };
 
-/// Makes the cache known to a connection as the table jet_sums(key, total, statement): total is the sum of
-/// one key of one statement, and both must be given. `cache` must outlive the connection.
+/// Makes the cache known to a connection as the table jet_sums(key, total, which): total is what find()
+/// gives, and both key and which must be given. `cache` must outlive the connection.
 void registerSums(sqlite3 *connection, SumCache &cache, PendingError &errors);
 
 } // namespace sql

@@ -10,31 +10,26 @@ namespace {
 
 using Kind = Expr::Kind;
 
-bool sameExpression(const Expr &a, const Expr &b)
+/// The columns of one table that an expression adds and subtracts; false when it does anything else.
+bool collectTerms(const Expr &expr, std::size_t source, bool negative, std::vector<SumTerm> &terms)
 {
-    return a.kind == b.kind && a.column == b.column && a.operands.size() == b.operands.size() &&
-           std::equal(a.operands.begin(), a.operands.end(), b.operands.begin(),
-                      [](const ExprPtr &x, const ExprPtr &y) { return sameExpression(*x, *y); });
-}
-
-/// Columns of one table, added and subtracted: nothing that differs from call to call.
-bool isPlainSumOf(const Expr &operand, std::size_t source)
-{
-    switch (operand.kind) {
-    case Kind::Column:
-        return operand.column.source == source;
-    case Kind::Add:
-    case Kind::Subtract:
-        return std::all_of(operand.operands.begin(), operand.operands.end(),
-                           [&](const ExprPtr &part) { return isPlainSumOf(*part, source); });
-    default:
-        return false;
+    if (expr.kind == Kind::Column) {
+        terms.push_back({expr.column.position, negative});
+        return expr.column.source == source;
     }
+    if (expr.kind != Kind::Add && expr.kind != Kind::Subtract)
+        return false;
+    const bool second = negative != (expr.kind == Kind::Subtract);
+    return collectTerms(*expr.operands[0], source, negative, terms) &&
+           collectTerms(*expr.operands[1], source, second, terms);
 }
 
-bool isExact(const Expr &operand)
+/// Amounts only or whole numbers only.
+bool isExact(const Expr &expr, bool amounts)
 {
-    return operand.type == jet::ColumnType::Currency || isWhole(operand.type);
+    return (amounts ? expr.type == jet::ColumnType::Currency : isWhole(expr.type)) &&
+           std::all_of(expr.operands.begin(), expr.operands.end(),
+                       [amounts](const ExprPtr &operand) { return isExact(*operand, amounts); });
 }
 
 /// Looks at every expression of a statement outside of the From clause.
@@ -45,7 +40,11 @@ public:
         : m_source(source)
     {}
 
-    [[nodiscard]] const Expr *operand() const { return m_fits ? m_operand : nullptr; }
+    /// Of the one sum; none when the statement asks for anything else.
+    [[nodiscard]] std::vector<SumTerm> terms() &&
+    {
+        return m_fits ? std::move(m_terms) : std::vector<SumTerm>();
+    }
 
     void look(const Expr &expr)
     {
@@ -57,18 +56,21 @@ public:
     }
 
 private:
-    void lookAtSum(const Expr &expr)
+    void lookAtSum(const Expr &sum)
     {
-        m_fits = m_fits && expr.kind == Kind::Sum && isExact(*expr.operands.front()) &&
-                 isPlainSumOf(*expr.operands.front(), m_source) &&
-                 (m_operand == nullptr || sameExpression(*m_operand, *expr.operands.front()));
-        if (m_fits)
-            m_operand = expr.operands.front().get();
+        std::vector<SumTerm> terms;
+        m_fits = m_fits && sum.kind == Kind::Sum;
+        if (!m_fits)
+            return;
+        const Expr &operand = *sum.operands.front();
+        m_fits = isExact(operand, operand.type == jet::ColumnType::Currency) &&
+                 collectTerms(operand, m_source, false, terms) && (m_terms.empty() || m_terms == terms);
+        m_terms = std::move(terms);
     }
 
     std::size_t m_source;
     bool m_fits = true;
-    const Expr *m_operand = nullptr;
+    std::vector<SumTerm> m_terms;
 };
 
 /// The keys of "A Left Join B On A.key = B.key", whichever is written first.
@@ -87,7 +89,7 @@ std::optional<SumJoin> keysOf(const Statement &statement)
         std::swap(first, second);
     if (first->column.source != from.first->source || second->column.source != from.second->source)
         return {};
-    return SumJoin{first->column, second->column, nullptr};
+    return SumJoin{first->column, second->column, {}};
 }
 
 } // namespace
@@ -115,8 +117,8 @@ std::optional<SumJoin> findSumJoin(const Statement &statement)
         if (order.expr)
             finder.look(*order.expr);
     }
-    join->operand = finder.operand();
-    return join->operand == nullptr ? std::nullopt : join;
+    join->terms = std::move(finder).terms();
+    return join->terms.empty() ? std::nullopt : join;
 }
 
 } // namespace sql

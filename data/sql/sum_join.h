@@ -10,14 +10,24 @@
 #include "data/sql/syntax.h"
 
 #include <optional>
+#include <vector>
 
 namespace sql {
 
+/// A column that is added or taken off.
+struct SumTerm
+{
+    std::size_t position = 0; ///< in the table's definition
+    bool negative = false;
+
+    bool operator==(const SumTerm &) const = default;
+};
+
 struct SumJoin
 {
-    ColumnRef outerKey; ///< of the first table
-    ColumnRef key;      ///< of the table that is added up
-    const Expr *operand = nullptr;
+    ColumnRef outerKey;         ///< of the first table
+    ColumnRef key;              ///< of the table that is added up
+    std::vector<SumTerm> terms; ///< of the operand
 };
 
 /// Nothing when the statement is of another form, when anything but one and the same sum is asked for, or
