@@ -239,6 +239,10 @@ void Job::saveAndPrint()
     m_steps.push_back(
         answer(m_stage, QStringLiteral("Click - Yes For Dos Printing \r\nClick - No For Windows Printing"),
                Answer::Yes, QStringLiteral("text-question")));
+    add(
+        QStringLiteral("   The print file is shown as paper, beside the question whether to send it."),
+        [this] { return m_stage.window("paperPreview") && m_stage.window("question"); },
+        [this] { m_stage.picture(m_stage.window("paperPreview"), QStringLiteral("paper")); });
     m_steps.push_back(
         answer(m_stage, QStringLiteral("Do You Want Print "), Answer::No, QStringLiteral("send-question")));
     add(
