@@ -91,7 +91,7 @@ void frmOrd::Print_Form()
     request.orderNumberText = ui::typed(m_ui->txtOrdNo->text());
     request.order = static_cast<output::PrintOrder>(m_ui->cmbOrder->selectedData().value_or(0));
     request.rates = m_ui->chkRat->isChecked();
-    context.showPaper = [this] { paper().showBeside(); };
+    context.showPaper = [this] { paper().showBeside(*this); };
     output::Print_Form(context, request);
 }
 
@@ -102,7 +102,7 @@ void frmOrd::cmdPaper_Click()
         return dialogs().notice(
             ui::typed(tr("There is no print file yet. Save an order and print it in text mode first.")));
     }
-    paper().showInFront();
+    paper().showInFront(*this);
 }
 
 PaperPreview &frmOrd::paper()

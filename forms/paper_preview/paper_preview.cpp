@@ -15,6 +15,7 @@
 #include <QPdfWriter>
 #include <QSaveFile>
 #include <QStatusBar>
+#include <QWindow>
 
 using output::escp::kUnitsPerInch;
 using output::escp::PaperAdvance;
@@ -35,6 +36,7 @@ PaperPreview::PaperPreview(std::string file, Dialogs &dialogs)
     , m_fileLabel(new QLabel(this))
 {
     setWindowTitle(tr("Paper Preview"));
+    setWindowFlags(Qt::Dialog | Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint);
     createControls();
 }
 
@@ -87,22 +89,31 @@ void PaperPreview::readFile()
     interpret();
 }
 
-void PaperPreview::showBeside()
+void PaperPreview::showBeside(const QWidget &form)
 {
     readFile();
     setAttribute(Qt::WA_ShowWithoutActivating);
-    show();
-    raise();
+    showAbove(form);
 }
 
-void PaperPreview::showInFront()
+void PaperPreview::showInFront(const QWidget &form)
 {
     readFile();
     setAttribute(Qt::WA_ShowWithoutActivating, false);
     setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
+    showAbove(form);
     activateWindow();
+}
+
+/// The desktop keeps the window above that of the form, or a question of the form would bring that window up
+/// in front of the paper. The toolkit may not know of it: it would block the paper together with the form.
+void PaperPreview::showAbove(const QWidget &form)
+{
+    winId(); // makes the window that is spoken of
+    windowHandle()->setTransientParent(form.window()->windowHandle());
+    show();
+    windowHandle()->setTransientParent(nullptr);
+    raise();
 }
 
 void PaperPreview::cmdReload_Click()

@@ -24,13 +24,14 @@ public:
 
     /// Reads the file again. Throws FileError; what was shown before is then gone.
     void readFile();
-    /// Reads the file and brings the window up beside the one that has the keyboard, which keeps it.
-    void showBeside();
+    /// Reads the file and brings the window up above that of the form, which keeps the keyboard.
+    void showBeside(const QWidget &form);
     /// The same, and takes the keyboard.
-    void showInFront();
+    void showInFront(const QWidget &form);
 
 private:
     void createControls();
+    void showAbove(const QWidget &form);
     void interpret();
     void showSheets();
     void cmdReload_Click();

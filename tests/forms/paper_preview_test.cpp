@@ -33,7 +33,7 @@ struct Desk
     }
     void show() const
     {
-        preview->showInFront();
+        preview->showInFront(form);
         QVERIFY(QTest::qWaitForWindowActive(preview.get()));
     }
     [[nodiscard]] QString remarks() const { return preview->findChild<QLabel *>(u"lblRemarks"_s)->text(); }
@@ -44,6 +44,7 @@ struct Desk
     }
 
     QTemporaryDir folder;
+    QWidget form;
     ScriptedDialogs dialogs;
     std::unique_ptr<PaperPreview> preview = std::make_unique<PaperPreview>(path("DINN.TXT"), dialogs);
 };
