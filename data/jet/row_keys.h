@@ -32,11 +32,12 @@ template <class ValueAt>
         const Column &column = definition.columns[positions[i]];
         const Value &value = valueAt(positions[i]);
         (isNull(value) ? key.anyNull : key.allNull) = isNull(value);
-        if (!appendKey(key.bytes, value, column, index.columns[i].ascending, version))
+        if (!appendKey(key.bytes, value, column, index.columns[i].ascending, version)) {
             throw AppError(
                 ErrorNumber::TableReadOnly,
                 "The table " + definition.name + " cannot be changed: a value of " + column.name +
                     " cannot be placed in an index, because it holds a character of unknown sort order.");
+        }
     }
     key.stored = !(key.allNull && index.ignoresNulls());
     return key;

@@ -26,7 +26,7 @@ struct KeyRange
     bool lowerIncluded = true;
     bool upperIncluded = true;
 
-    [[nodiscard]] static KeyRange equal(std::vector<Value> key) { return {key, key, true, true}; }
+    [[nodiscard]] static KeyRange equal(const std::vector<Value> &key) { return {key, key, true, true}; }
 };
 
 /// Walks over rows: a scan in storage order, or along an index. It holds row places, not pointers, and

@@ -155,12 +155,13 @@ void applyDefault(Table::Impl &table, std::size_t column, std::string expression
             property.owner.empty() ? std::nullopt : table.definition.findColumn(property.owner);
         if (!column)
             continue;
-        if (property.name == "Required")
+        if (property.name == "Required") {
             table.rules[*column].required = property.isYes();
-        else if (property.name == "AllowZeroLength")
+        } else if (property.name == "AllowZeroLength") {
             table.rules[*column].emptyTextAllowed = property.isYes();
-        else if (property.name == "DefaultValue")
+        } else if (property.name == "DefaultValue") {
             applyDefault(table, *column, table.db.codec.decode(property.value));
+        }
     }
     return reason;
 }
