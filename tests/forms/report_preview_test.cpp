@@ -1,9 +1,12 @@
 #include "forms/report_preview/report_outlet.h"
+#include "tests/output/print_server.h"
 #include "tests/output/report_support.h"
+#include "tests/support/in_modal.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
+#include <QPrintDialog>
 #include <QScrollBar>
 #include <QSpinBox>
 #include <QTest>
@@ -55,7 +58,7 @@ private slots:
     void keysAndBoxMoveAmongThePages();
     void zoomFollowsListKeysAndWindow();
     void savedPagesAreThoseOfTheMoment();
-    void withoutAPrinterTheUserIsTold();
+    void reportsKeepAwayFromRawQueues();
     void closedOrLeftOverItGoes();
 };
 
@@ -131,15 +134,36 @@ void ReportPreviewTest::savedPagesAreThoseOfTheMoment()
     QCOMPARE(shown.desk.dialogs.errors, QList<int>{75});
 }
 
-void ReportPreviewTest::withoutAPrinterTheUserIsTold()
+void ReportPreviewTest::reportsKeepAwayFromRawQueues()
 {
-    qputenv("CUPS_SERVER", "/nowhere/cups.sock");
+    if (!PrintServer::isInstalled())
+        QSKIP("No print server is installed: 1 case left out");
+    const PrintServer server;
+    TestPrinter printer;
+    printer.switchOff(); // Jobs then wait in their queue.
+    server.addQueue("LPT1", printer);
     Previewed shown;
-    shown.find<QAction>("cmdPrint")->trigger();
+    const auto print = [&] { shown.find<QAction>("cmdPrint")->trigger(); };
+    const auto printUnasked = [&] {
+        output::Print_Report(shown.control, shown.desk.dealer.session, "", "", "Stk_Ord", output::kToPrinter);
+    };
+    print();
     QCOMPARE(shown.desk.dialogs.shown.size(), 1);
     QVERIFY(shown.desk.dialogs.shown[0].startsWith(u"There is no printer for reports."_s));
-    output::Print_Report(shown.control, shown.desk.dealer.session, "", "", "Stk_Ord", output::kToPrinter);
+    printUnasked();
+    QVERIFY(!PrintServer::isWaiting("LPT1"));
+
+    server.addQueue("Office", printer, "drv:///sample.drv/generic.ppd");
+    printUnasked();
+    QTRY_VERIFY(PrintServer::isWaiting("Office"));
+    inModal<QPrintDialog>(print, [](QPrintDialog &box) {
+        const auto *queues = box.findChild<QComboBox *>(u"printers"_s);
+        QVERIFY(queues->findText(u"Office"_s) >= 0 && queues->findText(u"LPT1"_s) < 0);
+        QMetaObject::invokeMethod(&box, "accept");
+    });
+    QVERIFY(!PrintServer::isWaiting("LPT1"));
     QCOMPARE(shown.desk.dialogs.shown.size(), 1);
+    QVERIFY(shown.desk.dialogs.errors.isEmpty());
 }
 
 void ReportPreviewTest::closedOrLeftOverItGoes()

@@ -67,13 +67,16 @@ public:
         qunsetenv("CUPS_SERVER");
     }
 
-    void addQueue(const char *name, const TestPrinter &printer) const
+    /// `driver` as the print system names it; none: a raw queue.
+    void addQueue(const char *name, const TestPrinter &printer, const char *driver = nullptr) const
     {
         // The slash before the question mark is needed.
         const auto device = QStringLiteral("socket://127.0.0.1:%1/?waiteof=false").arg(printer.port());
-        QCOMPARE(QProcess::execute(tool("lpadmin"), {QStringLiteral("-p"), QLatin1String(name),
-                                                     QStringLiteral("-E"), QStringLiteral("-v"), device}),
-                 0);
+        QStringList arguments{QStringLiteral("-p"), QLatin1String(name), QStringLiteral("-E"),
+                              QStringLiteral("-v"), device};
+        if (driver)
+            arguments << QStringLiteral("-m") << QLatin1String(driver);
+        QCOMPARE(QProcess::execute(tool("lpadmin"), arguments), 0);
     }
     /// True when a job stands in the queue with its bytes.
     [[nodiscard]] static bool isWaiting(const QByteArray &queue)
