@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <limits>
 #include <stdexcept>
+#include <time.h>
 #include <vector>
 
 namespace bench {
@@ -85,12 +86,39 @@ double secondsOf(const std::function<void()> &work)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-double bestOf(int calls, const std::function<void()> &work)
+double processorSecondsOf(const std::function<void()> &work)
+{
+    const auto now = [] {
+        timespec time{};
+        ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    };
+    const double start = now();
+    work();
+    return now() - start;
+}
+
+namespace {
+
+double leastOf(int calls, double (*secondsOfCall)(const std::function<void()> &),
+               const std::function<void()> &work)
 {
     double best = std::numeric_limits<double>::max();
     for (int call = 0; call < calls; ++call)
-        best = std::min(best, secondsOf(work));
+        best = std::min(best, secondsOfCall(work));
     return best;
+}
+
+} // namespace
+
+double bestOf(int calls, const std::function<void()> &work)
+{
+    return leastOf(calls, secondsOf, work);
+}
+
+double bestProcessorOf(int calls, const std::function<void()> &work)
+{
+    return leastOf(calls, processorSecondsOf, work);
 }
 
 Turn middleTurn(int turns, const std::function<void()> &ours, const std::function<void()> &other)

@@ -25,6 +25,11 @@ struct Turn
 [[nodiscard]] Turn middleTurn(int turns, const std::function<void()> &ours,
                               const std::function<void()> &other);
 
+/// Seconds of the processor that one call takes: for work that waits for nothing, where the wall clock would
+/// tell how busy the machine is with other things.
+[[nodiscard]] double processorSecondsOf(const std::function<void()> &work);
+[[nodiscard]] double bestProcessorOf(int calls, const std::function<void()> &work);
+
 /// What a measurement is held against.
 struct Target
 {
