@@ -1,6 +1,8 @@
 #include "app/Main.h"
 
 #include "common/ui/connect.h"
+#include "common/ui/key_card.h"
+#include "common/ui/manual.h"
 #include "common/ui/text.h"
 
 #include <QCloseEvent>
@@ -53,6 +55,9 @@ Main::Main(const forms::Context &context)
     setCentralWidget(m_pages);
     createMenu();
     createStatusBar();
+    ui::setKeyCard(
+        this, tr("Main Window"),
+        {{tr("Alt+W, Alt+H"), tr("the Window menu, the Help menu")}, {tr("Ctrl+Q"), tr("ends the program")}});
     setMinimumSize(kLeastSize);
     resize(kUsualSize);
 }
@@ -74,6 +79,15 @@ void Main::createMenu()
     end->setObjectName(QStringLiteral("mnuEnd"));
     end->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(end, &QAction::triggered, this, &QWidget::close);
+
+    QMenu *help = menuBar()->addMenu(tr("&Help"));
+    // The key itself is caught for every window at once; here it is only named.
+    QAction *keys = help->addAction(tr("&Keys of This Window\tF1"));
+    keys->setObjectName(QStringLiteral("mnuKeys"));
+    connect(keys, &QAction::triggered, this, [this] { ui::showKeyCard(m_child ? m_child->widget() : this); });
+    QAction *manual = help->addAction(tr("&Manual"));
+    manual->setObjectName(QStringLiteral("mnuManual"));
+    connect(manual, &QAction::triggered, this, [] { ui::openManual(); });
 }
 
 void Main::createStatusBar()
@@ -86,7 +100,7 @@ void Main::createStatusBar()
     statusBar()->addWidget(statusLabel("lblCompany", company));
     statusBar()->addWidget(statusLabel("lblYear", tr("Year %1").arg(year)));
     statusBar()->addWidget(statusLabel("lblUser", tr("User %1").arg(ui::shown(session.UserName))));
-    statusBar()->addPermanentWidget(statusLabel("lblKeys", tr("F2 New   F3 Modify   F4 Delete")));
+    statusBar()->addPermanentWidget(statusLabel("lblKeys", tr("F1 Keys   F2 New   F3 Modify   F4 Delete")));
 }
 
 QWidget *Main::createClosedPage()
@@ -133,7 +147,7 @@ void Main::childClosed()
     m_child = nullptr;
     m_closeChild->setEnabled(false);
     m_pages->setCurrentWidget(m_closedPage);
-    statusBar()->findChild<QLabel *>(QStringLiteral("lblKeys"))->clear();
+    statusBar()->findChild<QLabel *>(QStringLiteral("lblKeys"))->setText(tr("F1 Keys"));
     m_closedPage->findChild<QPushButton *>()->setFocus();
 }
 

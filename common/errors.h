@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 /// The numbers that the user sees in the error box and that code may test.
 enum class ErrorNumber : int {
@@ -53,8 +54,35 @@ public:
 
     [[nodiscard]] ErrorNumber number() const { return m_number; }
 
+    /// What a support person asks for first: file, table, kind of statement.
+    struct Detail
+    {
+        std::string label;
+        std::string text;
+    };
+    [[nodiscard]] const std::vector<Detail> &details() const { return m_details; }
+    /// Each place on the way up adds what it knows; what a lower one has said already stays.
+    void addDetail(const std::string &label, const std::string &text)
+    {
+        for (const Detail &known : m_details) {
+            if (known.label == label)
+                return;
+        }
+        m_details.push_back({label, text});
+    }
+
+    /// What was and was not written, and what to do next, in a storekeeper's words; "" when nobody said so.
+    [[nodiscard]] const std::string &consequence() const { return m_consequence; }
+    void setConsequence(const std::string &words)
+    {
+        if (m_consequence.empty())
+            m_consequence = words;
+    }
+
 private:
     ErrorNumber m_number;
+    std::vector<Detail> m_details;
+    std::string m_consequence;
 };
 
 /// A file cannot be opened, read, written or locked.
@@ -86,6 +114,19 @@ class RunTimeError : public AppError
 public:
     using AppError::AppError;
 };
+
+/// Runs a piece of work whose failure means something to the user: an AppError leaves it with the words for
+/// what was and was not written. The innermost words stay.
+template <std::invocable Work>
+decltype(auto) withConsequence(const std::string &words, Work &&work)
+{
+    try {
+        return std::forward<Work>(work)();
+    } catch (AppError &error) {
+        error.setConsequence(words);
+        throw;
+    }
+}
 
 /// Runs one statement. An AppError ends that statement only and gives false; any other exception is a
 /// programming mistake or an exhausted machine and propagates.

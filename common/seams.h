@@ -42,6 +42,8 @@ public:
     [[nodiscard]] virtual Date now() const = 0;   ///< local date and time
     /// Keeps the windows alive for the given time; tests return at once.
     virtual void pause(double seconds) = 0;
+    /// The program has ended: nothing is waited for any more.
+    [[nodiscard]] virtual bool stopped() const { return false; }
 };
 
 /// Other programs and the end of this one.

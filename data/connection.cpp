@@ -3,6 +3,7 @@
 #include "common/errors.h"
 #include "data/connection_string.h"
 #include "data/data_sources.h"
+#include "data/error_details.h"
 #include "data/paths.h"
 
 namespace data {
@@ -34,17 +35,20 @@ void Connection::open()
     if (!fileExists(file))
         throw FileError(ErrorNumber::FileNotFound,
                         "The database file " + localPath(file) + " was not found.");
-    m_engine = openAccessFile(localPath(file), target.password, m_durable);
+    describing(localPath(file), {}, "open",
+               [&] { m_engine = openAccessFile(localPath(file), target.password, m_durable); });
+    m_file = localPath(file);
 }
 
 void Connection::close()
 {
     m_engine.reset();
+    m_file.clear();
 }
 
 void Connection::execute(const std::string &text)
 {
-    engine().execute(text);
+    describing(m_file, text, nullptr, [&] { engine().execute(text); });
 }
 
 Engine &Connection::engine() const

@@ -30,11 +30,14 @@ public:
     /// Runs a statement that gives no rows. Throws RunTimeError(ObjectClosed) when not open.
     void execute(const std::string &text);
 
+    /// The opened file, as a local path; "" when the connection is not open.
+    [[nodiscard]] const std::string &file() const { return m_file; }
     /// For recordsets. Throws RunTimeError(ObjectClosed) when not open.
     [[nodiscard]] Engine &engine() const;
 
 private:
     std::string m_text;
+    std::string m_file;
     Durable m_durable = Durable::Yes;
     std::unique_ptr<Engine> m_engine;
 };

@@ -2,6 +2,7 @@
 
 #include "common/errors.h"
 #include "common/format.h"
+#include "data/error_details.h"
 
 #include <algorithm>
 
@@ -15,9 +16,11 @@ Recordset::Recordset(const std::string &text, const Connection &connection, Curs
 void Recordset::open(const std::string &text, const Connection &connection, CursorType cursor, LockType lock)
 {
     *this = Recordset();
-    m_rows = connection.engine().open(text, cursor, lock);
+    m_file = connection.file();
+    m_text = text;
+    describing(m_file, m_text, nullptr, [&] { m_rows = connection.engine().open(text, cursor, lock); });
     m_cursor = cursor;
-    m_empty = !m_rows->next();
+    m_empty = !nextRow();
     m_place = m_empty ? Place::Behind : Place::First;
 }
 
@@ -25,9 +28,8 @@ void Recordset::close()
 {
     requireOpen();
     // Released before anything can fail: a recordset whose rows could not be kept is closed all the same.
-    const std::unique_ptr<Rowset> rows = std::move(m_rows);
-    *this = Recordset();
-    rows->finish();
+    const Recordset closing = std::exchange(*this, Recordset());
+    describing(closing.m_file, closing.m_text, "keep added rows", [&] { closing.m_rows->finish(); });
 }
 
 bool Recordset::bof() const
@@ -51,7 +53,7 @@ void Recordset::moveFirst()
     if (m_place == Place::First)
         return;
     m_rows->restart();
-    m_place = m_rows->next() ? Place::First : Place::Behind;
+    m_place = nextRow() ? Place::First : Place::Behind;
 }
 
 void Recordset::moveLast()
@@ -64,7 +66,7 @@ void Recordset::moveLast()
     const std::int64_t count = m_rows->count();
     m_rows->restart();
     for (std::int64_t row = 0; row < count; ++row)
-        m_rows->next();
+        static_cast<void>(nextRow());
     m_place = count > 1 ? Place::Later : count == 1 ? Place::First : Place::Behind;
 }
 
@@ -74,7 +76,12 @@ void Recordset::moveNext()
     writePending();
     if (m_place == Place::Behind)
         throwNoRow();
-    m_place = m_rows->next() ? Place::Later : Place::Behind;
+    m_place = nextRow() ? Place::Later : Place::Behind;
+}
+
+bool Recordset::nextRow()
+{
+    return describing(m_file, m_text, nullptr, [&] { return m_rows->next(); });
 }
 
 std::int64_t Recordset::recordCount() const
@@ -127,11 +134,11 @@ void Recordset::update()
     // Taken out first: a change that fails is given up and not tried again by the next move.
     const auto pending = std::exchange(m_pending, {});
     if (std::exchange(m_adding, false)) {
-        m_rows->insert(pending);
+        describing(m_file, m_text, "add a row", [&] { m_rows->insert(pending); });
         m_place = m_empty ? Place::First : Place::Later;
         m_empty = false;
     } else if (!pending.empty()) {
-        m_rows->update(pending);
+        describing(m_file, m_text, "change a row", [&] { m_rows->update(pending); });
     }
 }
 
@@ -142,7 +149,7 @@ void Recordset::remove()
     m_adding = false;
     if (m_place == Place::Behind)
         throwNoRow();
-    m_rows->erase();
+    describing(m_file, m_text, "remove a row", [&] { m_rows->erase(); });
     // The row in front is gone, so going to the first row means looking for it again.
     m_place = Place::Later;
 }
@@ -153,8 +160,10 @@ std::size_t Recordset::position(std::string_view name) const
     const auto found = std::find_if(columns.begin(), columns.end(),
                                     [name](const std::string &column) { return equalNoCase(column, name); });
     if (found == columns.end()) {
-        throw SqlError(ErrorNumber::FieldNotFound,
-                       "The field " + std::string(name) + " is not among the fields that were read.");
+        describing(m_file, m_text, nullptr, [name] {
+            throw SqlError(ErrorNumber::FieldNotFound,
+                           "The field " + std::string(name) + " is not among the fields that were read.");
+        });
     }
     return static_cast<std::size_t>(found - columns.begin());
 }

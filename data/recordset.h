@@ -58,6 +58,7 @@ public:
 private:
     [[nodiscard]] std::size_t position(std::string_view name) const;
     void writePending();
+    [[nodiscard]] bool nextRow();
     void requireOpen() const;
     [[noreturn]] static void throwNoRow();
 
@@ -68,6 +69,8 @@ private:
     }; ///< a row known to be the first, some other row, behind the last
 
     std::unique_ptr<Rowset> m_rows;
+    std::string m_file; ///< file and statement, for the details of an error
+    std::string m_text;
     CursorType m_cursor = CursorType::ForwardOnly;
     Place m_place = Place::Behind;
     bool m_empty = true;

@@ -2,6 +2,7 @@
 #include "app/application.h"
 #include "app/program.h"
 #include "app/tour/job.h"
+#include "common/ui/key_card.h"
 #include "common/ui/qt_clock.h"
 #include "common/ui/qt_dialogs.h"
 #include "common/ui/qt_shell.h"
@@ -79,7 +80,7 @@ int main(int argumentCount, char **arguments)
 {
     ui::QtShell shell;
     ui::QtDialogs dialogs(shell);
-    ui::QtClock clock;
+    ui::QtClock clock(shell);
     Application application(argumentCount, arguments, dialogs, shell);
     const QStringList given = Application::arguments();
     const QSize windowSize = given.size() > 3 ? sizeFrom(given[3]) : kUsualSize;
@@ -88,6 +89,7 @@ int main(int argumentCount, char **arguments)
         return 2;
     }
     ui::applyStyle(application);
+    ui::enableKeyCards(application);
     tour::Stage stage(given[2]);
     tour::Job job(stage, windowSize);
     Session session;

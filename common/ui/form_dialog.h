@@ -9,7 +9,12 @@
 
 #include <QDialog>
 
+#include <initializer_list>
+
+class QHBoxLayout;
+class QLabel;
 class QPushButton;
+class QVBoxLayout;
 
 namespace ui {
 
@@ -28,6 +33,11 @@ protected:
     /// A button that no Enter key presses on its own; it is pressed by Space, its mnemonic, a click, and
     /// Enter while it has the focus.
     QPushButton *addButton(const QString &name, const QString &caption);
+    /// Puts the heading band over the form's whole width and gives the layout of what comes below it, with
+    /// the margins that all forms have. With a frame both lie in that, and it fills the form.
+    QVBoxLayout *layOutUnder(QLabel *heading, QWidget *frame = nullptr);
+    /// Puts the buttons at the right end of a row, behind what stands in it already.
+    static void layOutButtons(QHBoxLayout *row, std::initializer_list<QPushButton *> buttons);
     void setCancelButton(QPushButton *button) { m_cancel = button; }
 
     void showEvent(QShowEvent *event) override;

@@ -94,6 +94,8 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
         return shown(m_grid.heading(section).text);
     if (role == Qt::TextAlignmentRole)
         return alignmentFlags(m_grid.heading(section).alignment);
+    if (role == Qt::ToolTipRole)
+        return m_headingTips.value(section);
     return {};
 }
 

@@ -26,6 +26,8 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
+    void setHeadingTips(const QStringList &tips) { m_headingTips = tips; }
+
 signals:
     /// Headings, and with them the column widths, changed.
     void headingsChanged();
@@ -39,6 +41,7 @@ private:
     void currentChanged(int row, int column) override;
 
     TextGrid &m_grid;
+    QStringList m_headingTips;
     // What the views have been told: the grid reports its changes after they happened.
     int m_rows = 0;
     int m_columns = 0;

@@ -30,6 +30,10 @@ public:
     /// A text that the column must show unclipped, whatever its heading is.
     void setWidestText(int column, const QString &text);
 
+    /// What each column holds and where it comes from, shown over its heading; columns beyond the list have
+    /// no tip.
+    void setHeadingTips(const QStringList &tips) { m_model->setHeadingTips(tips); }
+
     /// Place of a cell in the coordinates of the viewport.
     [[nodiscard]] QRect cellRect(int row, int column) const;
     void scrollToRow(int row, ScrollHint hint = EnsureVisible);

@@ -1,5 +1,6 @@
 #include "common/ui/qt_dialogs.h"
 
+#include "common/ui/error_box.h"
 #include "common/ui/preview_window.h"
 #include "common/ui/text.h"
 
@@ -138,10 +139,7 @@ void QtDialogs::runTimeError(const AppError &error)
 {
     if (m_shell.ended())
         return;
-    const QString text = QStringLiteral("Run-time error '%1':\n\n%2")
-                             .arg(static_cast<int>(error.number()))
-                             .arg(QString::fromUtf8(error.what()));
-    show("runTimeError", text, QMessageBox::Critical, titleText(Title::Product), QMessageBox::Ok);
+    ErrorBox(error, titleText(Title::Product), QApplication::activeWindow()).exec();
 }
 
 } // namespace ui

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPalette>
+#include <QStyle>
 #include <QStyleFactory>
 #include <QVariant>
 
@@ -50,6 +51,8 @@ QPalette lightPalette()
 /// What the palette cannot say: the heading band, and rims that show where the focus is.
 const char *const kStyleSheet = R"(
 QLabel[heading="true"] { background: #1f5f7a; color: white; padding: 6px 12px; font-weight: 600; font-size: 13pt; }
+QLabel[heading="true"][mood="1"] { background: #7a5212; }
+QLabel[heading="true"][mood="2"] { background: #5b3f73; }
 QPushButton { padding: 4px 14px; min-height: 1.3em; }
 QPushButton:focus { border: 2px solid #1f5f7a; border-radius: 3px; background: #dcebf1; }
 QHeaderView::section { background: #dde5e9; color: #1f2326; border: 0; border-right: 1px solid #c3ced4;
@@ -98,6 +101,14 @@ void makeHeading(QLabel *label)
 {
     label->setProperty("heading", true);
     label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void setHeadingMood(QLabel *label, HeadingMood mood)
+{
+    label->setProperty("mood", static_cast<int>(mood));
+    // A style sheet looks at properties only when it is asked again.
+    label->style()->unpolish(label);
+    label->style()->polish(label);
 }
 
 } // namespace ui

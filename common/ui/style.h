@@ -11,5 +11,9 @@ void applyStyle(QApplication &application);
 
 /// Makes a label the heading band of its window.
 void makeHeading(QLabel *label);
+/// What the band's colour says about a form that can write: nothing stored is touched (the usual colour), a
+/// stored order is about to be changed, a stored order is only looked at.
+enum class HeadingMood { Usual, Changing, Looking };
+void setHeadingMood(QLabel *label, HeadingMood mood);
 
 } // namespace ui

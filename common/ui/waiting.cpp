@@ -21,9 +21,10 @@ Currency timer(const Clock &clock)
 
 void Wait_Secs(Clock &clock, Currency seconds)
 {
-    // Kept: the timer restarts at midnight, so a wait that crosses it never ends.
+    // Kept: the timer restarts at midnight, so a wait that crosses it ends only with the
+    // program.
     const Currency until = timer(clock) + seconds;
-    while (timer(clock) < until)
+    while (timer(clock) < until && !clock.stopped())
         clock.pause(kPauseSeconds);
 }
 

@@ -5,7 +5,7 @@
 #include "common/seams.h"
 
 /// Waits until the clock's seconds since midnight have passed their present value plus `seconds`. The windows
-/// stay painted meanwhile.
+/// stay painted meanwhile. The end of the program ends every wait.
 void Wait_Secs(Clock &clock, Currency seconds);
 
 namespace ui {

@@ -3,10 +3,14 @@
 #include "common/db.h"
 #include "common/null_safe.h"
 #include "common/ui/connect.h"
+#include "common/ui/key_card.h"
+#include "common/ui/style.h"
 #include "common/ui/text.h"
+#include "common/ui/waiting.h"
 #include "data/data_sources.h"
 #include "data/recordset.h"
 #include "forms/frmOrd/frmOrd_ui.h"
+#include "forms/frmOrd/frmOrd_words.h"
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
 #include "forms/paper_preview/paper_preview.h"
 #include "orders/permission.h"
@@ -16,6 +20,7 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QLayout>
+#include <QScopeGuard>
 
 namespace {
 
@@ -66,6 +71,7 @@ frmOrd::frmOrd(const forms::Context &context, QWidget *parent)
     m_lines.setRows(2);
     m_lines.setCurrent(1, orders::kColPartNo);
     m_ui->arrange(this);
+    ui::setKeyCard(this, tr("Spares Order Form"), words::orderKeys());
     connectControls();
     connectGrid();
     Form_Load();
@@ -126,6 +132,7 @@ void frmOrd::Calling()
     }
     Clear_Fields();
     showResult({});
+    m_removed.reset();
     m_ui->dtpOrdDate->setDay(session.WorkDate.midnight());
     m_lines.clear();
     m_ui->cmdImp->hide();
@@ -142,6 +149,10 @@ void frmOrd::Calling()
 void frmOrd::enterMode()
 {
     const std::uint8_t mode = m_context.session.FormMode;
+    using Mood = ui::HeadingMood;
+    ui::setHeadingMood(m_ui->lblName, mode == kNew      ? Mood::Usual
+                                      : mode == kModify ? Mood::Changing
+                                                        : Mood::Looking);
     if (mode == kNew) {
         m_mode = "NEW";
         Max_OrdNo();
@@ -300,6 +311,13 @@ void frmOrd::showResult(const QString &line)
     m_ui->lblResult->setToolTip(line); // What does not fit into the line can be read there.
 }
 
+void frmOrd::pauseFor(Currency seconds)
+{
+    m_pausing = true;
+    const auto done = qScopeGuard([this] { m_pausing = false; });
+    Wait_Secs(m_context.clock, seconds);
+}
+
 void frmOrd::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
@@ -313,6 +331,9 @@ void frmOrd::closeEvent(QCloseEvent *event)
     if (m_busy) {
         showResult(tr("Please wait: the window can be closed when this work is done."));
         event->ignore();
+        // A pause that crosses midnight never ends; the user must not be held in it.
+        if (m_pausing)
+            cmdExit_Click();
         return;
     }
     m_ui->Timer1->stop();

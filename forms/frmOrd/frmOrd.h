@@ -25,6 +25,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 class QKeyEvent;
 class QLineEdit;
@@ -72,6 +73,8 @@ private:
     /// Shows in one line what a piece of work came to; it stands until the form is emptied or the next work
     /// begins. "" clears the line.
     void showResult(const QString &line);
+    /// Wait_Secs during which closing the form leaves the program: nothing is being written then.
+    void pauseFor(Currency seconds);
     [[nodiscard]] bool filtered(QObject *watched, QEvent *event);
     [[nodiscard]] bool formKey(QObject *watched, const QKeyEvent &key);
 
@@ -80,6 +83,7 @@ private:
     void Display_Item();
     void Move_Grid(QLineEdit *Ob);
     void P_Delete();
+    void putLineBack();
     void fgList_EnterCell();
     void fgList_Click(int row, int column);
     void fgList_MouseDown(int row, int column);
@@ -91,11 +95,13 @@ private:
     void showGridMenu(const QPoint &place);
     void showEditorMenu(const QPoint &place);
     void showLineMenu(QMenu *menu, const QPoint &globalPlace);
+    [[nodiscard]] bool lineKey(const QKeyEvent &key);
     [[nodiscard]] bool gridKey(const QKeyEvent &key);
     [[nodiscard]] bool txtItem_KeyDown(const QKeyEvent &key);
     void moveLeft();
     void moveOn();
     void newEntryRow();
+    void beginEntryRow(int rows);
     void checkMinimumOrderQuantity();
     void searchItem(char letter);
     void hideEditor();
@@ -148,4 +154,14 @@ private:
     QTimer m_gridFocus;
     QPointer<PaperPreview> m_paper; ///< the print file as paper, while it is shown
     bool m_busy = false;
+    bool m_pausing = false;
+
+    /// The line that P_Delete took out last, until the grid is filled or emptied anew.
+    struct RemovedLine
+    {
+        int row;
+        std::vector<std::string> cells;
+        std::int32_t item;
+    };
+    std::optional<RemovedLine> m_removed;
 };

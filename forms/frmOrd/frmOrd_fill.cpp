@@ -34,14 +34,14 @@ void frmOrd::cmdView_Click()
         return;
 
     m_ui->cmdView->setEnabled(false); // Kept: an error on the way leaves the button disabled.
-    try {
-        const Busy busy(*this);
-        fillAll();
-    } catch (const AppError &error) {
-        // The box must say so, or the user is left with a button that stays grey for no visible reason.
-        const QString again = tr("The average stock was not filled. To fill it, start the program again.");
-        throw AppError(error.number(), std::string(error.what()) + " " + again.toStdString());
-    }
+    // The box must say so, or the user is left with a button that stays grey for no visible reason.
+    withConsequence(
+        ui::typed(tr("No order was changed, and the average stock was not filled. To fill it, start the "
+                     "program again.")),
+        [this] {
+            const Busy busy(*this);
+            fillAll();
+        });
     m_ui->cmdView->setEnabled(true);
     m_proposal.finish();
     m_ui->fgList->setFocus();
@@ -54,7 +54,7 @@ void frmOrd::fillAll()
     const auto summary = m_proposal.analyse(
         proposalRequest(), [this](std::int64_t done, std::int64_t total) { showProgress(done, total); });
     const qint64 analysed = watch.elapsed();
-    Wait_Secs(m_context.clock, kPause);
+    pauseFor(kPause);
     watch.start();
     const TextGrid::Batch batch(m_lines);
     m_proposal.fillGrid(m_lines, 1);
@@ -76,7 +76,7 @@ void frmOrd::Load_I(std::int32_t ItC, int Row)
         return;
     const Busy busy(*this);
     m_proposal.analyseItem(proposalRequest(), ItC);
-    Wait_Secs(m_context.clock, kPause);
+    pauseFor(kPause);
     {
         const TextGrid::Batch batch(m_lines);
         m_proposal.fillGrid(m_lines, Row);

@@ -52,6 +52,11 @@ bool isRemoveKey(const QKeyEvent &key)
     return key.key() == Qt::Key_Delete && key.modifiers() == Qt::ControlModifier;
 }
 
+bool isPutBackKey(const QKeyEvent &key)
+{
+    return key.key() == Qt::Key_Delete && key.modifiers() == (Qt::ControlModifier | Qt::ShiftModifier);
+}
+
 } // namespace
 
 void frmOrd::connectGrid()
@@ -149,6 +154,10 @@ void frmOrd::showLineMenu(QMenu *menu, const QPoint &globalPlace)
     QAction *remove = menu->addAction(tr("Remove line\tCtrl+Del"));
     remove->setObjectName(QStringLiteral("removeLine"));
     ui::on(remove, &QAction::triggered, this, &frmOrd::P_Delete);
+    QAction *putBack = menu->addAction(tr("Put removed line back\tCtrl+Shift+Del"));
+    putBack->setObjectName(QStringLiteral("putLineBack"));
+    putBack->setEnabled(m_removed.has_value());
+    ui::on(putBack, &QAction::triggered, this, &frmOrd::putLineBack);
     menu->popup(globalPlace);
 }
 
@@ -187,10 +196,8 @@ void frmOrd::txtItem_Change()
 
 bool frmOrd::txtItem_KeyDown(const QKeyEvent &key)
 {
-    if (isRemoveKey(key)) {
-        P_Delete();
+    if (lineKey(key))
         return true;
-    }
     if (key.key() == Qt::Key_Backtab) {
         // Past the grid, which would hand the focus back to its editor.
         m_ui->fgList->setFocus();
@@ -278,12 +285,18 @@ void frmOrd::checkMinimumOrderQuantity()
 void frmOrd::newEntryRow()
 {
     // Kept: rows without a part number are not counted, so a blank row in between costs the last row.
-    m_lines.setRows(ValidRows(m_lines) + 2);
+    beginEntryRow(ValidRows(m_lines) + 2);
+    m_lines.setCurrent(m_lines.rows() - 1, kColPartNo);
+}
+
+/// Gives the grid that many rows, the last of them numbered and coloured for a new line.
+void frmOrd::beginEntryRow(int rows)
+{
+    m_lines.setRows(rows);
     const int row = m_lines.rows() - 1;
     m_lines.setText(row, kColSlNo, std::to_string(row));
     // Kept: here the amount is light red; in the row that Design() colours it is the rate.
     colourLine(m_lines, row, LineColours::Entry);
-    m_lines.setCurrent(row, kColPartNo);
 }
 
 /// Opens the part search with a letter already typed and puts the chosen item into the grid.
@@ -324,19 +337,63 @@ void frmOrd::Display_Item()
     fgList_EnterCell();
 }
 
-/// Removes the current line. The stored order changes when it is saved.
+/// Keys that take a whole line out or put it back, in the grid and in its editor.
+bool frmOrd::lineKey(const QKeyEvent &key)
+{
+    if (isRemoveKey(key))
+        P_Delete();
+    else if (isPutBackKey(key))
+        putLineBack();
+    else
+        return false;
+    return true;
+}
+
+/// Removes the current line, without a question: it can be put back. The stored order changes when it is
+/// saved.
 void frmOrd::P_Delete()
 {
     const int row = m_lines.currentRow();
     if (row == 0)
         return;
+    if (!m_lines.text(row, kColPartNo).empty()) {
+        m_removed = RemovedLine{row, {}, m_lines.rowData(row)};
+        for (int column = 0; column < m_lines.columns(); ++column)
+            m_removed->cells.push_back(m_lines.text(row, column));
+        showResult(tr("Line %1 removed: %2. Ctrl+Shift+Delete puts it back.")
+                       .arg(row)
+                       .arg(ui::shown(m_lines.text(row, kColPartNo))));
+    }
     const int rows = m_lines.rows();
     Del_Row(m_lines, m_lines.columns() - 1, narrow<std::int16_t>(row));
-    // The entry row is emptied, not lost.
-    if (row == rows - 1)
-        m_lines.setRows(rows);
+    // The entry row is begun anew, not lost.
+    if (row == rows - 1 && rows > 2) {
+        beginEntryRow(rows);
+        m_lines.setCurrent(row, m_lines.currentColumn());
+    }
     fgList_EnterCell();
     m_ui->fgList->setFocus();
+}
+
+/// Puts the line that was removed last back into its row; the lines from there on move down.
+void frmOrd::putLineBack()
+{
+    if (!m_removed)
+        return;
+    const RemovedLine line = *std::exchange(m_removed, std::nullopt);
+    showResult({});
+    const int row = std::min(line.row, m_lines.rows() - 1);
+    m_lines.setRows(m_lines.rows() + 1);
+    for (int to = m_lines.rows() - 1; to > row; --to) {
+        for (int column = 0; column < m_lines.columns(); ++column)
+            m_lines.setText(to, column, m_lines.text(to - 1, column));
+        m_lines.setRowData(to, m_lines.rowData(to - 1));
+    }
+    for (int column = 0; column < m_lines.columns(); ++column)
+        m_lines.setText(row, column, line.cells[static_cast<std::size_t>(column)]);
+    m_lines.setRowData(row, line.item);
+    m_lines.setCurrent(row, kColPartNo);
+    fgList_EnterCell();
 }
 
 /// The grid got the focus from the keyboard: the editor takes it over.
@@ -348,10 +405,8 @@ void frmOrd::fgList_GotFocus()
 /// Keys of the grid itself, when it has the focus and not its editor.
 bool frmOrd::gridKey(const QKeyEvent &key)
 {
-    if (isRemoveKey(key)) {
-        P_Delete();
+    if (lineKey(key))
         return true;
-    }
     const bool isText = !key.text().isEmpty() && key.text().front().isPrint();
     const bool isEnter = key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter;
     if (!isText && !isEnter)

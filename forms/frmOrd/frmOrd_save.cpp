@@ -71,9 +71,14 @@ void frmOrd::Save_Data()
     header.months = m_ui->cmbMonth->selectedData().value_or(0);
     header.supplierCode = m_supplierCode;
     header.mq = numberIn(m_ui->txtMQ);
-    orders::Save_Data(m_context.connections.conYear, header, m_lines, [this] {
-        Max_OrdNo();
-        return m_nextNumber;
+    const std::string consequence = ui::typed(
+        tr("The order may be stored only in part: its header may be written while its lines are missing. "
+           "Leave the form as it is, put the cause right and press Save again."));
+    withConsequence(consequence, [&] {
+        orders::Save_Data(m_context.connections.conYear, header, m_lines, [this] {
+            Max_OrdNo();
+            return m_nextNumber;
+        });
     });
 }
 
@@ -92,7 +97,10 @@ void frmOrd::Print_Form()
     request.order = static_cast<output::PrintOrder>(m_ui->cmbOrder->selectedData().value_or(0));
     request.rates = m_ui->chkRat->isChecked();
     context.showPaper = [this] { paper().showBeside(*this); };
-    output::Print_Form(context, request);
+    withConsequence(
+        ui::typed(tr("The stored order is not affected, but it was not printed, or not whole. Put the "
+                     "cause right, load the order by its number and print it again.")),
+        [&] { output::Print_Form(context, request); });
 }
 
 /// Shows the print file that lies in the server folder, whoever wrote it.
@@ -181,5 +189,6 @@ void frmOrd::emptyGrid()
     m_lines.clear();
     m_lines.setRows(2);
     showResult({});
+    m_removed.reset();
     hideEditor(); // It still shows what the cell under it held.
 }

@@ -1,6 +1,8 @@
 #include "forms/frmOrd/frmOrd_ui.h"
 
+#include "common/ui/create.h"
 #include "common/ui/style.h"
+#include "forms/frmOrd/frmOrd_words.h"
 #include "orders/order.h"
 
 #include <QGridLayout>
@@ -31,13 +33,7 @@ enum FieldColumn {
     kFromField,
 };
 
-template <class Control, class... Arguments>
-Control *create(const char *name, QWidget *parent, Arguments &&...arguments)
-{
-    auto *control = new Control(std::forward<Arguments>(arguments)..., parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
+using ui::create;
 
 ui::TextBox *createBox(const char *name, QWidget *parent, ui::TextBox::Keys keys)
 {
@@ -128,6 +124,7 @@ void frmOrdUi::createGrid(TextGrid &lines)
     fgList = new ui::GridView(lines, ui::GridView::Selection::Cells, innerShape);
     fgList->setObjectName(QStringLiteral("fgList"));
     fgList->setStretchColumn(orders::kColPartName);
+    fgList->setHeadingTips(words::columnTips());
     fgList->setWidestText(orders::kColRate, QStringLiteral("9999999.00"));
     fgList->setWidestText(orders::kColAmount, QStringLiteral("9999999.00"));
     txtItem = createBox("txtItem", fgList->viewport(), ui::TextBox::Keys::All);

@@ -4,7 +4,7 @@
 #include "common/null_safe.h"
 #include "common/numbers.h"
 #include "common/ui/connect.h"
-#include "common/ui/style.h"
+#include "common/ui/key_card.h"
 #include "common/ui/text.h"
 #include "data/recordset.h"
 
@@ -75,30 +75,31 @@ frmPass::frmPass(const forms::Context &context, forms::Navigator &navigator, QWi
 
 void frmPass::layOut()
 {
-    auto *heading = new QLabel(tr("Velk Spares"), this);
-    ui::makeHeading(heading);
     const int width = fontMetrics().averageCharWidth() * kFieldWidthInCharacters;
     m_txtUser->setMinimumWidth(width);
+    m_txtUser->setAccessibleName(tr("User name"));
     m_txtUser->setToolTip(tr("Your name as the dealership's user list has it"));
+    m_txtPass->setAccessibleName(tr("Password"));
     m_txtPass->setToolTip(tr("Your password; capitals and small letters differ"));
+    m_cmdOk->setToolTip(tr("Logs in"));
+    m_cmdCan->setToolTip(tr("Ends the program (Escape)"));
 
+    QVBoxLayout *body = layOutUnder(new QLabel(tr("Velk Spares"), this));
     auto *fields = new QFormLayout;
-    fields->setContentsMargins(18, 16, 18, 8);
-    fields->setVerticalSpacing(10);
+    fields->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
     fields->addRow(tr("User &Name"), m_txtUser);
     fields->addRow(tr("&PassWord"), m_txtPass);
+    body->addLayout(fields);
     auto *buttons = new QHBoxLayout;
-    buttons->setContentsMargins(18, 4, 18, 16);
-    buttons->addStretch();
-    buttons->addWidget(m_cmdOk);
-    buttons->addWidget(m_cmdCan);
-
-    auto *all = new QVBoxLayout(this);
-    all->setContentsMargins(0, 0, 0, 0);
-    all->setSizeConstraint(QLayout::SetFixedSize);
-    all->addWidget(heading);
-    all->addLayout(fields);
-    all->addLayout(buttons);
+    layOutButtons(buttons, {m_cmdOk, m_cmdCan});
+    body->addLayout(buttons);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+    ui::setKeyCard(this, tr("Login"),
+                   {{tr("Tab"), tr("from the user name to the password")},
+                    {tr("Enter"), tr("in the password: logs in")},
+                    {tr("Alt+N, Alt+P"), tr("to the user name, to the password")},
+                    {tr("Alt+O"), tr("logs in")},
+                    {tr("Escape, Alt+C"), tr("ends the program")}});
 }
 
 void frmPass::Form_Load()

@@ -3,7 +3,7 @@
 #include "common/null_safe.h"
 #include "common/numbers.h"
 #include "common/ui/connect.h"
-#include "common/ui/style.h"
+#include "common/ui/key_card.h"
 #include "common/ui/text.h"
 #include "data/recordset.h"
 
@@ -71,34 +71,36 @@ frmStart::~frmStart()
 
 void frmStart::layOut()
 {
-    auto *heading = new QLabel(tr("Select Company"), this);
-    ui::makeHeading(heading);
     m_fgList->setMinimumSize(kGridSize);
     m_fgList->setStretchColumn(kColName);
     m_fgList->setAccessibleName(tr("Companies"));
-    m_fgList->setToolTip(tr("Enter opens the company's latest year"));
+    m_fgList->setToolTip(
+        tr("Enter opens the company's latest year; a click or an arrow key lists its years"));
     auto *yearLabel = new QLabel(tr("&Year"), this);
     yearLabel->setBuddy(m_cmbYear);
     // The underlined letter makes the text wider than the label reckons.
     yearLabel->setMinimumWidth(yearLabel->sizeHint().width() + fontMetrics().averageCharWidth());
     m_cmbYear->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_cmbYear->setMinimumContentsLength(24);
+    m_cmbYear->setPlaceholderText(tr("Choose a company first"));
+    m_cmbYear->setAccessibleName(tr("Financial year"));
+    m_cmbYear->setToolTip(tr("Financial years of the chosen company, the latest one selected"));
+    m_cmdOk->setToolTip(tr("Opens the selected year"));
+    m_cmdExit->setToolTip(tr("Ends the program (Escape)"));
 
+    QVBoxLayout *body = layOutUnder(new QLabel(tr("Select Company"), this));
+    body->addWidget(m_fgList, 1);
     auto *actions = new QHBoxLayout;
     actions->addWidget(yearLabel);
     actions->addWidget(m_cmbYear);
-    actions->addStretch();
-    actions->addWidget(m_cmdOk);
-    actions->addWidget(m_cmdExit);
-    auto *body = new QVBoxLayout;
-    body->setContentsMargins(14, 12, 14, 14);
-    body->setSpacing(12);
-    body->addWidget(m_fgList);
+    layOutButtons(actions, {m_cmdOk, m_cmdExit});
     body->addLayout(actions);
-    auto *all = new QVBoxLayout(this);
-    all->setContentsMargins(0, 0, 0, 0);
-    all->addWidget(heading);
-    all->addLayout(body);
+    ui::setKeyCard(this, tr("Select Company"),
+                   {{tr("Up, Down"), tr("choose a company; its years are listed, the latest is selected")},
+                    {tr("Enter"), tr("opens the latest year of the company")},
+                    {tr("Alt+Y"), tr("to the years, to choose an older one")},
+                    {tr("Alt+O"), tr("opens the selected year")},
+                    {tr("Escape, Alt+X"), tr("ends the program")}});
 }
 
 void frmStart::Form_Load()

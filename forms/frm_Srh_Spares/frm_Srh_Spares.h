@@ -2,24 +2,17 @@
 //
 // Typing the beginning of a part number or of a part name lists the matching parts with their stock and bin;
 // a second list shows the vehicle models that the highlighted part fits. The choice goes back through the
-// session
-// (`FoundItemCode`, `FoundPartCode`, `FoundItemName`); 0 and "" mean that nothing was chosen.
+// session (`FoundItemCode`, `FoundPartCode`, `FoundItemName`); 0 and "" mean that nothing was chosen.
 #pragma once
 
-#include "common/text_grid.h"
-#include "common/ui/form_dialog.h"
-#include "common/ui/grid_view.h"
-#include "common/ui/text_box.h"
+#include "common/ui/search_dialog.h"
 #include "data/connection.h"
 #include "forms/context.h"
 
 #include <cstdint>
 #include <string>
 
-class QFrame;
-class QLabel;
-
-class frm_Srh_Spares : public ui::FormDialog
+class frm_Srh_Spares : public ui::SearchDialog
 {
     Q_OBJECT
 
@@ -31,9 +24,10 @@ public:
 
 protected:
     void Form_Activate() override;
+    void cmdOk_Click() override;
 
 private:
-    void layOut();
+    void layOutLists();
     void Form_Load();
     void searchFilter();
     void Load_Items();
@@ -45,24 +39,14 @@ private:
     void searchBy(const char *field, int column, const QString &text);
     void txtItem_Down();
     void fgList_RowColChange();
-    void fgList_KeyPress(int character);
-    void cmdOk_Click();
-    void cmdExit_Click();
 
     forms::Context m_context;
     data::Connection m_Adodc1; ///< the list's own connection, by the year's connect string
-    TextGrid m_parts{6};
     TextGrid m_vehicles{1};
     std::string m_field = "ItemName"; ///< the searched field of the item master
     std::string m_text;               ///< the search text
     bool m_searching = false;         ///< the list is being filled: the vehicles wait for the row it ends on
-    QFrame *m_Pic;
-    QLabel *m_lblName;
     ui::TextBox *m_txtItem_Code;
     ui::TextBox *m_txtItem_Name;
-    ui::GridView *m_fgList;
     ui::GridView *m_fgVeh;
-    QFrame *m_fmSave;
-    QPushButton *m_cmdOk;
-    QPushButton *m_cmdExit;
 };

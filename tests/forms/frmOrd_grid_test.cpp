@@ -356,7 +356,7 @@ void frmOrdGridTest::linesAreRemoved_data()
     QTest::addColumn<QString>("parts"); // part numbers of all rows behind it
     QTest::newRow("first") << 1 << QStringLiteral("2 BRK-20/3 GSK-7/ ");
     QTest::newRow("middle") << 2 << QStringLiteral("1 CLT-100/3 GSK-7/ ");
-    QTest::newRow("entry row") << 4 << QStringLiteral("1 CLT-100/2 BRK-20/3 GSK-7/ ");
+    QTest::newRow("entry row") << 4 << QStringLiteral("1 CLT-100/2 BRK-20/3 GSK-7/4 ");
 }
 
 void frmOrdGridTest::linesAreRemoved()
