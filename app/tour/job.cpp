@@ -39,6 +39,7 @@ std::vector<Step> Job::steps()
     logIn();
     chooseCompany();
     openOrder();
+    lookAtKeys();
     chooseSupplier();
     propose();
     correct();
@@ -131,6 +132,15 @@ void Job::openOrder()
         m_record.orderNumber = order<ui::TextBox>("txtOrdNo")->text();
         m_stage.expect(!m_record.orderNumber.isEmpty(), QStringLiteral("The new order has no number."));
         pictureOrder(QStringLiteral("new-order"));
+    });
+}
+
+void Job::lookAtKeys()
+{
+    on("frmOrd", QStringLiteral("   F1 shows the keys of the form."), [this] { m_stage.press(Qt::Key_F1); });
+    on("keyCard", QString(), [this] {
+        m_stage.picture(m_stage.window("keyCard"), QStringLiteral("keys"));
+        m_stage.press(Qt::Key_Escape);
     });
 }
 

@@ -50,6 +50,7 @@ private:
     void logIn();
     void chooseCompany();
     void openOrder();
+    void lookAtKeys();
     void chooseSupplier();
     void propose();
     void correct();

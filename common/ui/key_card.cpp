@@ -27,6 +27,7 @@ struct Card
 };
 
 constexpr const char *kProperty = "keyCard";
+constexpr const char *kCardName = "keyCard";
 constexpr int kMargin = 16;
 constexpr int kColumnGap = 24;
 
@@ -53,7 +54,7 @@ private:
 CardWindow::CardWindow(const Card &card, QWidget *parent)
     : QDialog(parent)
 {
-    setObjectName(QStringLiteral("keyCard"));
+    setObjectName(QLatin1String(kCardName));
     setWindowTitle(tr("Keys"));
     auto *heading = new QLabel(tr("Keys: %1").arg(card.title), this);
     makeHeading(heading);
@@ -120,6 +121,8 @@ std::optional<Card> cardAround(const QWidget *place)
     for (const QWidget *widget = place; widget; widget = widget->parentWidget()) {
         if (qobject_cast<const QMessageBox *>(widget))
             return boxCard();
+        if (widget->objectName() == QLatin1String(kCardName))
+            return std::nullopt; // A card needs none.
         if (const QVariant card = widget->property(kProperty); card.isValid())
             return card.value<Card>();
     }

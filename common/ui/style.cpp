@@ -5,8 +5,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPalette>
-#include <QStyle>
-#include <QStyleFactory>
+#include <QProxyStyle>
 #include <QVariant>
 
 #include <cmath>
@@ -25,6 +24,8 @@ constexpr QRgb kButton = qRgb(0xE9, 0xEC, 0xEE);
 constexpr QRgb kAccent = qRgb(0x1F, 0x5F, 0x7A);
 constexpr QRgb kOnAccent = qRgb(0xFF, 0xFF, 0xFF);
 constexpr QRgb kHint = qRgb(0xFF, 0xFB, 0xE6);
+constexpr QRgb kWarning = qRgb(0xB2, 0x6A, 0x00);
+constexpr QRgb kCritical = qRgb(0xB3, 0x26, 0x1E);
 
 QPalette lightPalette()
 {
@@ -65,6 +66,49 @@ QLineEdit { lineedit-password-character: 42; }
 QMessageBox QLabel#qt_msgbox_label { min-width: 18em; }
 )";
 
+/// A white sign on a disc, as message boxes show it.
+QIcon sign(QChar character, QRgb colour)
+{
+    constexpr int kSize = 96; // Large enough for doubled scaling; the box takes the size it needs.
+    QPixmap picture(kSize, kSize);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(QColor(colour));
+    painter.setPen(Qt::NoPen);
+    painter.drawEllipse(picture.rect().adjusted(4, 4, -4, -4));
+    QFont font = QApplication::font();
+    font.setPixelSize(kSize * 6 / 10);
+    font.setBold(true);
+    painter.setFont(font);
+    painter.setPen(QColor(kOnAccent));
+    painter.drawText(picture.rect(), Qt::AlignCenter, character);
+    return picture;
+}
+
+/// Fusion with signs that do not depend on the icons a desktop has or lacks.
+class Style : public QProxyStyle
+{
+public:
+    using QProxyStyle::QProxyStyle;
+
+    QIcon standardIcon(StandardPixmap which, const QStyleOption *option, const QWidget *widget) const override
+    {
+        switch (which) {
+        case SP_MessageBoxQuestion:
+            return sign(QLatin1Char('?'), kAccent);
+        case SP_MessageBoxInformation:
+            return sign(QLatin1Char('i'), kAccent);
+        case SP_MessageBoxWarning:
+            return sign(QLatin1Char('!'), kWarning);
+        case SP_MessageBoxCritical:
+            return sign(QLatin1Char('!'), kCritical);
+        default:
+            return QProxyStyle::standardIcon(which, option, widget);
+        }
+    }
+};
+
 /// A nut in the accent colour.
 QIcon applicationIcon()
 {
@@ -91,7 +135,7 @@ QIcon applicationIcon()
 
 void applyStyle(QApplication &application)
 {
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new Style(QStringLiteral("Fusion")));
     QApplication::setPalette(lightPalette());
     QApplication::setWindowIcon(applicationIcon());
     application.setStyleSheet(QString::fromUtf8(kStyleSheet));

@@ -160,6 +160,7 @@ private:
     struct RemovedLine
     {
         int row;
+        bool wasLast; ///< its row was emptied and stayed
         std::vector<std::string> cells;
         std::int32_t item;
     };

@@ -357,7 +357,7 @@ void frmOrd::P_Delete()
     if (row == 0)
         return;
     if (!m_lines.text(row, kColPartNo).empty()) {
-        m_removed = RemovedLine{row, {}, m_lines.rowData(row)};
+        m_removed = RemovedLine{row, row == m_lines.rows() - 1, {}, m_lines.rowData(row)};
         for (int column = 0; column < m_lines.columns(); ++column)
             m_removed->cells.push_back(m_lines.text(row, column));
         showResult(tr("Line %1 removed: %2. Ctrl+Shift+Delete puts it back.")
@@ -383,7 +383,10 @@ void frmOrd::putLineBack()
     const RemovedLine line = *std::exchange(m_removed, std::nullopt);
     showResult({});
     const int row = std::min(line.row, m_lines.rows() - 1);
-    m_lines.setRows(m_lines.rows() + 1);
+    // Where the last row was only emptied, the line takes its place again.
+    const bool isFree = row == m_lines.rows() - 1 && line.wasLast && m_lines.text(row, kColPartNo).empty();
+    if (!isFree)
+        m_lines.setRows(m_lines.rows() + 1);
     for (int to = m_lines.rows() - 1; to > row; --to) {
         for (int column = 0; column < m_lines.columns(); ++column)
             m_lines.setText(to, column, m_lines.text(to - 1, column));

@@ -19,6 +19,7 @@ constexpr int kProgressCharacters = 24;
 constexpr int kBandMargin = 10;
 constexpr int kFieldGap = 8;
 constexpr int kGroupGap = 36;
+constexpr int kFieldRows = 3;
 
 /// Columns of the field band: the order at the left, what the proposal starts from at the right.
 enum FieldColumn {
@@ -83,7 +84,7 @@ frmOrdUi::frmOrdUi(QWidget *form, TextGrid &lines)
     : Pic(create<QFrame>("Pic", form))
     , outerShape(create<QFrame>("outerShape", Pic))
     , innerShape(create<QFrame>("innerShape", Pic))
-    , lblName(create<QLabel>("lblName", Pic))
+    , lblName(create<QLabel>("lblName", Pic, tr("Spares Order Form")))
 {
     for (QFrame *&separator : separators)
         separator = createLine(Pic);
@@ -134,6 +135,7 @@ void frmOrdUi::createGrid(TextGrid &lines)
 void frmOrdUi::createActions()
 {
     cmbOrder = create<ui::ComboBox>("cmbOrder", Pic);
+    cmbOrder->setPlaceholderText(tr("As stored"));
     lblP = create<QLabel>("lblP", Pic, tr("Print &order:"));
     lblP->setBuddy(cmbOrder);
     chkRat = create<QCheckBox>("chkRat", Pic, tr("Print &rates and amounts"));
@@ -246,6 +248,9 @@ QLayout *frmOrdUi::fieldBand()
     fields->addWidget(txtMQ, 2, kProposalField);
     fields->addWidget(cmdView, 2, kFromLabel, 1, 2);
 
+    // Rows with a button and rows without one are equally high.
+    for (int row = 0; row < kFieldRows; ++row)
+        fields->setRowMinimumHeight(row, cmdSup->sizeHint().height());
     fields->setColumnMinimumWidth(kGap, kGroupGap);
     for (const int column : {kOrderField, kDateField})
         fields->setColumnStretch(column, 3);

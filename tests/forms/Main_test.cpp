@@ -3,6 +3,7 @@
 #include "app/application.h"
 #include "app/program.h"
 #include "app/program_folder.h"
+#include "common/ui/key_card.h"
 #include "data/data_sources.h"
 #include "tests/forms/workstation.h"
 
@@ -106,6 +107,7 @@ void MainTest::closingTheChildAloneLeavesAWayOut()
     window.showChild(new Child(closed));
     auto *text = window.findChild<QLabel *>(u"lblClosed"_s);
     QVERIFY(!text->isVisible());
+    QVERIFY(!ui::keyCard(&window).isEmpty());
     window.findChild<QAction *>(u"mnuCloseForm"_s)->trigger();
     QTRY_VERIFY(text->isVisible());
     QCOMPARE(closed, 1);

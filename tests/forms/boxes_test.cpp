@@ -1,13 +1,18 @@
 // The boxes on the screen: their titles, their keys, and that none comes up after the end of the program.
+#include "common/ui/key_card.h"
 #include "common/ui/preview_window.h"
 #include "common/ui/qt_dialogs.h"
 #include "common/ui/qt_shell.h"
 #include "tests/support/in_modal.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
+#include <QPushButton>
 #include <QTemporaryDir>
 
 using namespace Qt::Literals::StringLiterals;
@@ -21,6 +26,7 @@ private slots:
     void questionIsAnsweredByKeys();
     void titlesAndIcons();
     void errorShowsNumberAndSentence();
+    void F1ShowsTheCardOfTheNearestWindow();
     void fileBoxesAskForAName();
     void aPreviewBesideStaysUsable();
     void noBoxComesUpAfterTheEnd();
@@ -78,9 +84,56 @@ void BoxesTest::titlesAndIcons()
 
 void BoxesTest::errorShowsNumberAndSentence()
 {
+    AppError error(ErrorNumber::DiskFull, "The disk is full.");
+    error.addDetail("File", "/srv/Y26.mdb");
+    error.addDetail("Table", "");
+    error.addDetail("File", "another, further away");
+    inModal<QMessageBox>([&] { m_dialogs.runTimeError(error); },
+                         [](QMessageBox &box) {
+                             QCOMPARE(box.text(), u"Run-time error '61':\n\nThe disk is full."_s);
+                             QVERIFY(box.informativeText().startsWith(u"No order was changed by this."_s));
+                             QVERIFY(
+                                 box.detailedText().startsWith(u"File: /srv/Y26.mdb\nError number: 61\n"_s));
+                             box.findChild<QPushButton *>(u"cmdCopy"_s)->click();
+                             QVERIFY(box.isVisible()); // copying does not answer the box
+                             const QString copied = QApplication::clipboard()->text();
+                             QVERIFY(copied.contains(box.text()) && copied.contains(box.detailedText()));
+                             QTest::keyClick(&box, Qt::Key_Escape);
+                             QTRY_VERIFY(!box.isVisible());
+                         });
+    error.setConsequence("The header is stored.");
     inModal<QMessageBox>(
-        [&] { m_dialogs.runTimeError(AppError(ErrorNumber::Overflow, "Too large.")); },
-        [](QMessageBox &box) { QCOMPARE(box.text(), u"Run-time error '6':\n\nToo large."_s); });
+        [&] { m_dialogs.runTimeError(error); },
+        [](QMessageBox &box) { QCOMPARE(box.informativeText(), u"The header is stored."_s); });
+}
+
+void BoxesTest::F1ShowsTheCardOfTheNearestWindow()
+{
+    ui::enableKeyCards(*qApp);
+    QWidget window;
+    auto *form = new QWidget(&window);
+    auto *box = new QLineEdit(form);
+    ui::setKeyCard(&window, u"Window"_s, {{u"Ctrl+Q"_s, u"ends"_s}});
+    ui::setKeyCard(form, u"Form"_s, {{u"F2"_s, u"begins"_s}});
+    window.show();
+    const auto cardFrom = [](QWidget *place) {
+        QStringList texts;
+        inModal<QDialog>([&] { QTest::keyClick(place, Qt::Key_F1); },
+                         [&](QDialog &card) {
+                             for (const QLabel *label : card.findChildren<QLabel *>())
+                                 texts << label->text();
+                             QTest::keyClick(&card, Qt::Key_F1); // on the card itself it does nothing
+                             QCOMPARE(QApplication::activeModalWidget(), &card);
+                             QTest::keyClick(&card, Qt::Key_Escape);
+                         });
+        return texts.join(u'|');
+    };
+    QCOMPARE(cardFrom(box), u"Keys: Form|F2|begins"_s);
+    QCOMPARE(cardFrom(&window), u"Keys: Window|Ctrl+Q|ends"_s);
+    QMessageBox question;
+    QVERIFY(cardFrom(&question).startsWith(u"Keys: Message|Y, N"_s));
+    QTest::keyClick(box, Qt::Key_F1, Qt::ShiftModifier);
+    QVERIFY(!QApplication::activeModalWidget());
 }
 
 void BoxesTest::fileBoxesAskForAName()

@@ -16,28 +16,21 @@ class frmOrdGridTest : public QObject
     Q_OBJECT
 
 private slots:
-    void keysMoveTheEditor_data();
     void keysMoveTheEditor();
-    void theEditorLiesOverEditableCellsOnly_data();
     void theEditorLiesOverEditableCellsOnly();
     void typingGoesIntoTheCellAtOnce();
-    void lettersAreCapitalInTextCellsOnly();
     void escapeGivesTheOldTextBack();
     void aLetterInTheNameSearchesAPart();
     void anItemAlreadyListedIsFound();
-    void aRefusedAnalysisLeavesTheRow();
-    void nothingChosenLeavesTheRow();
-    void otherKeysDoNotSearch_data();
+    void whatIsNotTakenLeavesTheRow();
     void otherKeysDoNotSearch();
-    void theMinimumOrderQuantityWarns_data();
     void theMinimumOrderQuantityWarns();
     void behindTheRateANewRowBegins();
     void aBlankRowCostsTheLast();
-    void linesAreRemoved_data();
-    void linesAreRemoved();
-    void theMenuRemovesTheLine();
+    void linesAreRemovedAndPutBack_data();
+    void linesAreRemovedAndPutBack();
+    void theMenuComesUpAtThePointer();
     void aClickNumbersTheRow();
-    void theRightButtonSelects();
     void scrollingHidesTheEditor();
     void theTotalFollowsWithTheTimer();
     void cellsAreColoured();
@@ -67,75 +60,62 @@ QColor background(const OrderDesk &desk, int row, int column)
 
 } // namespace
 
-void frmOrdGridTest::keysMoveTheEditor_data()
-{
-    QTest::addColumn<Cell>("from");
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<Cell>("to");
-    const auto row = [](const char *name, Cell from, Qt::Key key, Cell to) {
-        QTest::newRow(name) << from << key << to;
-    };
-    // Rows 1 to 3 hold lines, row 4 is the entry row.
-    row("up", {2, 9}, Qt::Key_Up, {1, 9});
-    row("up at the top", {1, 9}, Qt::Key_Up, {1, 9});
-    row("down", {2, 1}, Qt::Key_Down, {3, 1});
-    row("down to the entry row", {3, 1}, Qt::Key_Down, {4, 1});
-    row("down at the end", {4, 1}, Qt::Key_Down, {4, 1});
-    row("left from the name", {2, 2}, Qt::Key_Left, {2, 1});
-    row("left from the quantity", {2, 9}, Qt::Key_Left, {2, 2});
-    row("left from the rate", {2, 10}, Qt::Key_Left, {2, 9});
-    row("left from the number", {2, 1}, Qt::Key_Left, {1, 10});
-    row("left at the start", {1, 1}, Qt::Key_Left, {1, 1});
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Right}) {
-        const QByteArray name = QByteArray::number(static_cast<int>(key), 16);
-        row(("on from the number " + name).constData(), {2, 1}, key, {2, 2});
-        row(("on from the name " + name).constData(), {2, 2}, key, {2, 9});
-        row(("on from the quantity " + name).constData(), {1, 9}, key, {1, 10});
-        row(("on from the rate " + name).constData(), {2, 10}, key, {4, 1});
-    }
-}
-
 void frmOrdGridTest::keysMoveTheEditor()
 {
-    QFETCH(const Cell, from);
-    QFETCH(const Qt::Key, key);
+    struct Move
+    {
+        Cell from;
+        Qt::Key key;
+        Cell to;
+    };
+    // Rows 1 to 3 hold lines, row 4 is the entry row.
+    QList<Move> moves = {
+        {{2, 9}, Qt::Key_Up, {1, 9}},   {{1, 9}, Qt::Key_Up, {1, 9}},    {{2, 1}, Qt::Key_Down, {3, 1}},
+        {{3, 1}, Qt::Key_Down, {4, 1}}, {{4, 1}, Qt::Key_Down, {4, 1}},  {{2, 2}, Qt::Key_Left, {2, 1}},
+        {{2, 9}, Qt::Key_Left, {2, 2}}, {{2, 10}, Qt::Key_Left, {2, 9}}, {{2, 1}, Qt::Key_Left, {1, 10}},
+        {{1, 1}, Qt::Key_Left, {1, 1}},
+    };
+    for (const Qt::Key on : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Right}) {
+        moves << Move{{2, 1}, on, {2, 2}} << Move{{2, 2}, on, {2, 9}} << Move{{1, 9}, on, {1, 10}}
+              << Move{{2, 10}, on, {4, 1}};
+    }
     OrderDesk desk;
     desk.open();
     desk.load("41");
-    desk.enter(from.first, from.second);
-    desk.press(key);
-    QTEST(desk.current(), "to");
-    QCOMPARE(desk.focus(), QStringLiteral("txtItem"));
-    QCOMPARE(desk.text("txtItem"), desk.cell(desk.current().first, desk.current().second));
+    for (const Move &move : moves) {
+        desk.enter(move.from.first, move.from.second);
+        desk.press(move.key);
+        const QString tried = QStringLiteral("key %1 from %2, %3: at %4, %5")
+                                  .arg(int(move.key), 0, 16)
+                                  .arg(move.from.first)
+                                  .arg(move.from.second)
+                                  .arg(desk.current().first)
+                                  .arg(desk.current().second);
+        QVERIFY2(desk.current() == move.to, qPrintable(tried));
+        QCOMPARE(desk.focus(), QStringLiteral("txtItem"));
+        QCOMPARE(desk.text("txtItem"), desk.cell(desk.current().first, desk.current().second));
+    }
     QVERIFY(desk.dialogs.shown.isEmpty());
-}
-
-void frmOrdGridTest::theEditorLiesOverEditableCellsOnly_data()
-{
-    QTest::addColumn<int>("column");
-    QTest::addColumn<bool>("editable");
-    for (int column = 0; column < kColumns; ++column)
-        QTest::newRow(qPrintable(QString::number(column)))
-            << column << (column == 1 || column == 2 || column == 9 || column == 10);
 }
 
 void frmOrdGridTest::theEditorLiesOverEditableCellsOnly()
 {
-    QFETCH(const int, column);
-    QFETCH(const bool, editable);
     OrderDesk desk;
     desk.open();
     desk.load("41");
-    desk.enter(2, editable ? kColMoq : kColQty);
-    desk.setCurrent(2, column);
     auto *editor = desk.control<QLineEdit>("txtItem");
-    QCOMPARE(editor->isVisible(), editable);
-    QCOMPARE(desk.focus(), editable ? QStringLiteral("txtItem") : QStringLiteral("fgList"));
-    if (!editable)
-        return;
-    const QRect cell = desk.control<ui::GridView>("fgList")->cellRect(2, column);
-    QCOMPARE(editor->geometry(), cell.adjusted(0, 0, -1, -1));
-    QCOMPARE(editor->selectedText(), desk.cell(2, column));
+    for (int column = 0; column < kColumns; ++column) {
+        const bool editable = column == 1 || column == 2 || column == 9 || column == 10;
+        desk.enter(1, editable ? kColMoq : kColQty);
+        desk.setCurrent(2, column);
+        QCOMPARE(editor->isVisible(), editable);
+        QCOMPARE(desk.focus(), editable ? QStringLiteral("txtItem") : QStringLiteral("fgList"));
+        if (!editable)
+            continue;
+        const QRect cell = desk.control<ui::GridView>("fgList")->cellRect(2, column);
+        QCOMPARE(editor->geometry(), cell.adjusted(0, 0, -1, -1));
+        QCOMPARE(editor->selectedText(), desk.cell(2, column));
+    }
 }
 
 void frmOrdGridTest::typingGoesIntoTheCellAtOnce()
@@ -147,28 +127,17 @@ void frmOrdGridTest::typingGoesIntoTheCellAtOnce()
     desk.type("1");
     QCOMPARE(desk.cell(1, kColQty), QStringLiteral("1"));
     QCOMPARE(desk.cell(1, kColAmount), QStringLiteral("450.50"));
-    desk.type("2 nos");
+    desk.type("2 nos"); // small letters stay small here
+    QCOMPARE(desk.cell(1, kColQty), QStringLiteral("12 nos"));
     QCOMPARE(desk.cell(1, kColAmount), QStringLiteral("5406.00"));
     desk.enter(1, kColRate);
     desk.type(".335");
     QCOMPARE(desk.cell(1, kColAmount), QStringLiteral("4.02"));
-    // Other cells leave the amount alone.
+    // Other cells leave the amount alone, and letters become capitals.
     desk.enter(2, kColPartNo);
-    desk.type("9");
-    QCOMPARE(desk.cell(2, kColPartNo), QStringLiteral("9"));
-    QCOMPARE(desk.cell(2, kColAmount), QStringLiteral("240.50"));
-}
-
-void frmOrdGridTest::lettersAreCapitalInTextCellsOnly()
-{
-    OrderDesk desk;
-    desk.open();
-    desk.enter(1, kColPartNo);
     desk.type("abc-1");
-    QCOMPARE(desk.cell(1, kColPartNo), QStringLiteral("ABC-1"));
-    desk.enter(1, kColQty);
-    desk.type("2 doz");
-    QCOMPARE(desk.cell(1, kColQty), QStringLiteral("2 doz"));
+    QCOMPARE(desk.cell(2, kColPartNo), QStringLiteral("ABC-1"));
+    QCOMPARE(desk.cell(2, kColAmount), QStringLiteral("240.50"));
 }
 
 void frmOrdGridTest::escapeGivesTheOldTextBack()
@@ -226,99 +195,79 @@ void frmOrdGridTest::anItemAlreadyListedIsFound()
     QCOMPARE(desk.lines()->rowCount(), 4);
 }
 
-void frmOrdGridTest::aRefusedAnalysisLeavesTheRow()
+void frmOrdGridTest::whatIsNotTakenLeavesTheRow()
 {
     OrderDesk desk;
     desk.open();
     desk.enter(1, kColPartName);
-    enterPart(desk, Qt::Key_O, false);
+    enterPart(desk, Qt::Key_O, false); // the analysis is refused
+    QCOMPARE(desk.dialogs.takeShown().size(), 1);
     QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
-    QCOMPARE(desk.lines()->rowCount(), 1);
-}
-
-void frmOrdGridTest::nothingChosenLeavesTheRow()
-{
-    OrderDesk desk;
-    desk.open();
-    desk.load("41");
-    desk.enter(1, kColPartName);
-    const QString before = desk.row(1);
     inModal<frm_Srh_Spares>([&] { desk.press(Qt::Key_O); },
                             [](frm_Srh_Spares &search) { QTest::keyClick(&search, Qt::Key_Escape); });
     desk.comeBack();
-    QCOMPARE(desk.row(1), before);
+    QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
+    QCOMPARE(desk.lines()->rowCount(), 1);
     QVERIFY(desk.dialogs.shown.isEmpty());
-}
-
-void frmOrdGridTest::otherKeysDoNotSearch_data()
-{
-    QTest::addColumn<int>("column");
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
-    const Qt::KeyboardModifiers none;
-    QTest::newRow("digit") << int{kColPartName} << Qt::Key_5 << none;
-    QTest::newRow("number pad") << int{kColPartName} << Qt::Key_5
-                                << Qt::KeyboardModifiers(Qt::KeypadModifier);
-    QTest::newRow("function key") << int{kColPartName} << Qt::Key_F5 << none;
-    QTest::newRow("copy") << int{kColPartName} << Qt::Key_C << Qt::KeyboardModifiers(Qt::ControlModifier);
-    QTest::newRow("letter in the part number") << int{kColPartNo} << Qt::Key_C << none;
-    QTest::newRow("letter in the quantity") << int{kColQty} << Qt::Key_C << none;
 }
 
 void frmOrdGridTest::otherKeysDoNotSearch()
 {
-    QFETCH(const int, column);
-    QFETCH(const Qt::Key, key);
-    QFETCH(const Qt::KeyboardModifiers, modifiers);
+    struct Press
+    {
+        int column;
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+    };
+    const Press presses[] = {{kColPartName, Qt::Key_5, {}},  {kColPartName, Qt::Key_5, Qt::KeypadModifier},
+                             {kColPartName, Qt::Key_F5, {}}, {kColPartName, Qt::Key_C, Qt::ControlModifier},
+                             {kColPartNo, Qt::Key_C, {}},    {kColQty, Qt::Key_C, {}}};
     OrderDesk desk;
     desk.open();
-    desk.enter(1, column);
-    bool searched = false;
-    QTimer::singleShot(0, [&] {
-        if (QWidget *modal = QApplication::activeModalWidget()) {
-            searched = true;
-            modal->close();
-        }
-    });
-    desk.press(key, modifiers);
-    QCoreApplication::processEvents();
-    QVERIFY(!searched);
+    for (const Press &press : presses) {
+        desk.enter(1, press.column);
+        bool searched = false;
+        QTimer::singleShot(0, desk.form.get(), [&] {
+            if (QWidget *modal = QApplication::activeModalWidget()) {
+                searched = true;
+                modal->close();
+            }
+        });
+        desk.press(press.key, press.modifiers);
+        QCoreApplication::processEvents();
+        QVERIFY2(!searched, qPrintable(QString::number(press.key, 16)));
+    }
     QVERIFY(desk.dialogs.shown.isEmpty());
-}
-
-void frmOrdGridTest::theMinimumOrderQuantityWarns_data()
-{
-    QTest::addColumn<Cell>("from");
-    QTest::addColumn<QByteArray>("quantity"); // the minimum is 5
-    QTest::addColumn<bool>("warns");
-    QTest::newRow("below") << Cell(1, kColQty) << QByteArray("4") << true;
-    QTest::newRow("equal") << Cell(1, kColQty) << QByteArray("5") << false;
-    QTest::newRow("above") << Cell(1, kColQty) << QByteArray("6") << false;
-    QTest::newRow("no number") << Cell(1, kColQty) << QByteArray("x") << true;
-    QTest::newRow("no minimum") << Cell(4, kColQty) << QByteArray("0") << false;
-    QTest::newRow("another column") << Cell(2, kColPartName) << QByteArray() << false;
 }
 
 void frmOrdGridTest::theMinimumOrderQuantityWarns()
 {
-    QFETCH(const Cell, from);
-    QFETCH(const QByteArray, quantity);
-    QFETCH(const bool, warns);
+    struct Case
+    {
+        Cell from;
+        const char *quantity; // the minimum is 5, in the entry row there is none
+        bool warns;
+    };
+    const Case cases[] = {{{1, kColQty}, "4", true},  {{1, kColQty}, "5", false},
+                          {{1, kColQty}, "6", false}, {{1, kColQty}, "x", true},
+                          {{4, kColQty}, "0", false}, {{2, kColPartName}, "", false}};
     OrderDesk desk;
     desk.open();
     desk.load("41");
-    desk.enter(from.first, from.second);
-    desk.type(quantity.constData());
-    desk.press(Qt::Key_Left);
-    QVERIFY(desk.dialogs.shown.isEmpty()); // only the way on asks
-    desk.enter(from.first, from.second);
-    desk.press(Qt::Key_Right);
-    QCOMPARE(desk.dialogs.takeShown(),
-             warns ? QStringList(QStringLiteral("Please Check Minimum Order Quantity")) : QStringList());
-    QCOMPARE(desk.current(),
-             Cell(from.first, from.second == kColQty ? kColRate : kColQty)); // it never blocks
-    if (!quantity.isEmpty())
-        QCOMPARE(desk.cell(from.first, kColQty), QString::fromLatin1(quantity));
+    for (const Case &given : cases) {
+        const auto [row, column] = given.from;
+        desk.enter(row, column);
+        desk.type(given.quantity);
+        desk.press(Qt::Key_Left);
+        QVERIFY(desk.dialogs.shown.isEmpty()); // only the way on asks
+        desk.enter(row, column);
+        desk.press(Qt::Key_Right);
+        QCOMPARE(desk.dialogs.takeShown(),
+                 given.warns ? QStringList(QStringLiteral("Please Check Minimum Order Quantity"))
+                             : QStringList());
+        // It never blocks.
+        QCOMPARE(desk.current(), Cell(row, column == kColQty ? kColRate : kColQty));
+    }
 }
 
 void frmOrdGridTest::behindTheRateANewRowBegins()
@@ -350,51 +299,86 @@ void frmOrdGridTest::aBlankRowCostsTheLast()
     QCOMPARE(desk.cell(3, kColPartNo), QStringLiteral("GSK-7"));
 }
 
-void frmOrdGridTest::linesAreRemoved_data()
+void frmOrdGridTest::linesAreRemovedAndPutBack_data()
 {
+    QTest::addColumn<QByteArray>("order");
     QTest::addColumn<int>("row");
-    QTest::addColumn<QString>("parts"); // part numbers of all rows behind it
-    QTest::newRow("first") << 1 << QStringLiteral("2 BRK-20/3 GSK-7/ ");
-    QTest::newRow("middle") << 2 << QStringLiteral("1 CLT-100/3 GSK-7/ ");
-    QTest::newRow("entry row") << 4 << QStringLiteral("1 CLT-100/2 BRK-20/3 GSK-7/4 ");
+    QTest::addColumn<QString>("left");   // numbers and parts behind it
+    QTest::addColumn<QString>("result"); // what is told
+    const QString back = QStringLiteral(". Ctrl+Shift+Delete puts it back.");
+    QTest::newRow("first") << QByteArray("41") << 1 << QStringLiteral("2 BRK-20/3 GSK-7/ ")
+                           << QStringLiteral("Line 1 removed: CLT-100") + back;
+    QTest::newRow("middle") << QByteArray("41") << 2 << QStringLiteral("1 CLT-100/3 GSK-7/ ")
+                            << QStringLiteral("Line 2 removed: BRK-20") + back;
+    QTest::newRow("entry row") << QByteArray("41") << 4 << QStringLiteral("1 CLT-100/2 BRK-20/3 GSK-7/4 ")
+                               << QString();
+    QTest::newRow("the only one") << QByteArray("40") << 1 << QStringLiteral(" ")
+                                  << QStringLiteral("Line 1 removed: CLT-100") + back;
 }
 
-void frmOrdGridTest::linesAreRemoved()
+void frmOrdGridTest::linesAreRemovedAndPutBack()
 {
+    QFETCH(const QByteArray, order);
     QFETCH(const int, row);
+    QFETCH(const QString, result);
     OrderDesk desk;
     desk.open();
-    desk.load("41");
+    desk.load(order.constData());
+    const auto parts = [&] {
+        QStringList rows;
+        for (int at = 1; at <= desk.lines()->rowCount(); ++at)
+            rows << desk.cell(at, kColSlNo) + QLatin1Char(' ') + desk.cell(at, kColPartNo);
+        return rows.join(QLatin1Char('/'));
+    };
+    const QString before = parts();
+    const QString line = desk.row(row);
     desk.enter(row, kColQty);
     desk.press(Qt::Key_Delete, Qt::ControlModifier);
-    QStringList rows;
-    for (int at = 1; at <= desk.lines()->rowCount(); ++at)
-        rows << desk.cell(at, kColSlNo) + QLatin1Char(' ') + desk.cell(at, kColPartNo);
     // The serial numbers move with their lines, gaps and all.
-    const QString parts = rows.join(QLatin1Char('/'));
-    QTEST(parts, "parts");
+    QTEST(parts(), "left");
+    QCOMPARE(desk.text("lblResult"), result);
     QCOMPARE(desk.focus(), QStringLiteral("fgList"));
     // The editor holds what the cell under it holds now.
     QCOMPARE(desk.text("txtItem"), desk.cell(desk.current().first, desk.current().second));
+
+    desk.press(Qt::Key_Delete, Qt::ControlModifier | Qt::ShiftModifier);
+    if (!result.isEmpty()) {
+        QCOMPARE(parts(), before);
+        QCOMPARE(desk.row(row), line);
+        QCOMPARE(desk.current(), Cell(row, kColPartNo));
+    }
+    QCOMPARE(desk.text("lblResult"), QString());
 }
 
-void frmOrdGridTest::theMenuRemovesTheLine()
+void frmOrdGridTest::theMenuComesUpAtThePointer()
 {
     OrderDesk desk;
     desk.open();
-    desk.load("40");
-    desk.enter(1, kColPartNo);
-    QContextMenuEvent asked(QContextMenuEvent::Keyboard, QPoint(2, 2), QPoint(2, 2));
-    QCoreApplication::sendEvent(desk.control("txtItem"), &asked);
-    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-    QVERIFY(menu);
-    menu->findChild<QAction *>(QStringLiteral("removeLine"))->trigger();
-    menu->close();
-    QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
-    QCOMPARE(desk.lines()->rowCount(), 1);
-    // Of the last row the number stays.
-    desk.press(Qt::Key_Delete, Qt::ControlModifier);
-    QCOMPARE(desk.row(1), QStringLiteral("1|||||||||||"));
+    desk.load("41");
+    auto *grid = desk.control<ui::GridView>("fgList");
+    // On a cell without the editor, and on the editor itself, which lies over its cell.
+    for (const bool onEditor : {false, true}) {
+        QWidget *under = grid->viewport();
+        QPoint place = grid->cellRect(3, kColPresent).center();
+        if (onEditor) {
+            desk.enter(2, kColPartNo);
+            under = desk.control("txtItem");
+            place = under->rect().center();
+        } else {
+            QTest::mousePress(under, Qt::RightButton, {}, place);
+            QCOMPARE(desk.current(), Cell(3, kColPresent)); // the right button selects
+        }
+        QContextMenuEvent asked(QContextMenuEvent::Mouse, place, under->mapToGlobal(place));
+        QCoreApplication::sendEvent(under, &asked);
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QCOMPARE(menu->pos(), under->mapToGlobal(place));
+        QVERIFY(!menu->findChild<QAction *>(QStringLiteral("putLineBack"))->isEnabled() || onEditor);
+        menu->findChild<QAction *>(QStringLiteral("removeLine"))->trigger();
+        menu->close();
+        QCoreApplication::sendPostedEvents(menu, QEvent::DeferredDelete);
+        QCOMPARE(desk.lines()->rowCount(), onEditor ? 2 : 3);
+    }
 }
 
 void frmOrdGridTest::aClickNumbersTheRow()
@@ -410,17 +394,6 @@ void frmOrdGridTest::aClickNumbersTheRow()
     QCOMPARE(desk.cell(2, kColSlNo), QStringLiteral("2"));
     QCOMPARE(desk.current(), Cell(2, kColQty));
     QCOMPARE(desk.focus(), QStringLiteral("txtItem"));
-}
-
-void frmOrdGridTest::theRightButtonSelects()
-{
-    OrderDesk desk;
-    desk.open();
-    desk.load("41");
-    auto *grid = desk.control<ui::GridView>("fgList");
-    QTest::mousePress(grid->viewport(), Qt::RightButton, {}, grid->cellRect(3, kColPresent).center());
-    QCOMPARE(desk.current(), Cell(3, kColPresent));
-    QCOMPARE(desk.cell(3, kColSlNo), QStringLiteral("3"));
 }
 
 void frmOrdGridTest::scrollingHidesTheEditor()

@@ -1,4 +1,5 @@
 // The order form's modes, fields, messages, saving and loading.
+#include "common/ui/key_card.h"
 #include "tests/forms/order_desk.h"
 
 #include <QAbstractButton>
@@ -8,23 +9,21 @@
 #include <QLabel>
 #include <QSet>
 
+#include <array>
+
 class frmOrdTest : public QObject
 {
     Q_OBJECT
 
 private slots:
     void newModeAssignsTheNumberAndTheDate();
-    void modeKeysWorkFromEveryControl_data();
     void modeKeysWorkFromEveryControl();
     void aModeSwitchDropsWhatWasEntered();
     void refusedModesEndTheProgram_data();
     void refusedModesEndTheProgram();
-    void typedTextIsFiltered_data();
     void typedTextIsFiltered();
-    void monthsMoveTheFromDate_data();
     void monthsMoveTheFromDate();
     void onlyShowingTheFormSetsTheMonth();
-    void saveAsksForWhatIsMissing_data();
     void saveAsksForWhatIsMissing();
     void loadingShowsHeaderAndRenumberedLines();
     void anOrderWithoutLedgerSupplierMustBeGivenOne();
@@ -38,6 +37,8 @@ private slots:
     void leavingRemovesTheDataSources_data();
     void leavingRemovesTheDataSources();
     void anUnopenedYearShowsAnErrorAtEveryAction();
+    void aFailedSaveSaysWhatIsStored();
+    void aPauseOverMidnightIsLeftByClosing();
     void everyControlIsNamedAndEveryMnemonicIsItsOwn();
     void tabGoesInTheOrderOfWork();
 };
@@ -63,18 +64,8 @@ void frmOrdTest::newModeAssignsTheNumberAndTheDate()
     QVERIFY(desk.dialogs.shown.isEmpty());
 }
 
-void frmOrdTest::modeKeysWorkFromEveryControl_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    for (const char *name :
-         {"dtpOrdDate", "txtSName", "txtPlace", "cmdSup", "cmbType", "cmbMonth", "dtpAvgFrom", "txtMQ",
-          "cmdView", "fgList", "txtItem", "cmbOrder", "chkRat", "CmdSave", "cmdImp", "cmdExit"})
-        QTest::newRow(name) << QByteArray(name);
-}
-
 void frmOrdTest::modeKeysWorkFromEveryControl()
 {
-    QFETCH(const QByteArray, name);
     struct Mode
     {
         Qt::Key key;
@@ -86,18 +77,22 @@ void frmOrdTest::modeKeysWorkFromEveryControl()
                           {Qt::Key_F2, "New Spares Order Form", false}};
     OrderDesk desk;
     desk.open();
-    for (const Mode &mode : modes) {
-        // The button is there in New mode only; the others must not lose the key either.
-        QWidget *from = desk.control(name.constData());
-        QTest::keyClick(from->isVisible() ? from : desk.control("cmdXls"), mode.key);
-        QCOMPARE(desk.text("lblName"), QLatin1String(mode.heading));
-        QCOMPARE(desk.control("txtOrdNo")->isEnabled(), mode.numberIsTyped);
-        QCOMPARE(desk.text("txtOrdNo"), mode.numberIsTyped ? QString() : QStringLiteral("42"));
-        QCOMPARE(desk.control("cmdXls")->isEnabled(), mode.numberIsTyped);
-        QCOMPARE(desk.control("cmdImp")->isVisible(), !mode.numberIsTyped);
-        QCOMPARE(desk.focus(),
-                 mode.numberIsTyped ? QStringLiteral("txtOrdNo") : QStringLiteral("dtpOrdDate"));
-        QVERIFY(!QApplication::activePopupWidget());
+    for (const char *name :
+         {"dtpOrdDate", "txtSName", "txtPlace", "cmdSup", "cmbType", "cmbMonth", "dtpAvgFrom", "txtMQ",
+          "cmdView", "fgList", "txtItem", "cmbOrder", "chkRat", "CmdSave", "cmdImp", "cmdExit"}) {
+        for (const Mode &mode : modes) {
+            // The button is there in New mode only; the others must not lose the key either.
+            QWidget *from = desk.control(name);
+            QTest::keyClick(from->isVisible() ? from : desk.control("cmdXls"), mode.key);
+            QVERIFY2(desk.text("lblName") == QLatin1String(mode.heading), name);
+            QCOMPARE(desk.control("txtOrdNo")->isEnabled(), mode.numberIsTyped);
+            QCOMPARE(desk.text("txtOrdNo"), mode.numberIsTyped ? QString() : QStringLiteral("42"));
+            QCOMPARE(desk.control("cmdXls")->isEnabled(), mode.numberIsTyped);
+            QCOMPARE(desk.control("cmdImp")->isVisible(), !mode.numberIsTyped);
+            QCOMPARE(desk.focus(),
+                     mode.numberIsTyped ? QStringLiteral("txtOrdNo") : QStringLiteral("dtpOrdDate"));
+            QVERIFY(!QApplication::activePopupWidget());
+        }
     }
 }
 
@@ -156,51 +151,43 @@ void frmOrdTest::refusedModesEndTheProgram()
     QVERIFY(desk.dialogs.shown.isEmpty());
 }
 
-void frmOrdTest::typedTextIsFiltered_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<QByteArray>("keys");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("number") << QByteArray("txtOrdNo") << QByteArray("4x1.-a") << QStringLiteral("41-");
-    QTest::newRow("cover") << QByteArray("txtMQ") << QByteArray("1.5 m") << QStringLiteral("15");
-    QTest::newRow("supplier") << QByteArray("txtSName") << QByteArray("Sri & co 2")
-                              << QStringLiteral("SRI & CO 2");
-    QTest::newRow("town") << QByteArray("txtPlace") << QByteArray("salem") << QStringLiteral("SALEM");
-}
-
 void frmOrdTest::typedTextIsFiltered()
 {
-    QFETCH(const QByteArray, name);
-    QFETCH(const QByteArray, keys);
     OrderDesk desk;
     desk.open();
     desk.press(Qt::Key_F3);
-    desk.control(name.constData())->setFocus();
-    desk.type(keys.constData());
-    QTEST(desk.text(name.constData()), "text");
-}
-
-void frmOrdTest::monthsMoveTheFromDate_data()
-{
-    QTest::addColumn<QDate>("ordered");
-    QTest::addColumn<int>("entry");
-    QTest::addColumn<QString>("from");
-    QTest::newRow("clipped to February") << QDate(2026, 3, 31) << 0 << QStringLiteral("28/Feb/2026");
-    QTest::newRow("leap year") << QDate(2024, 3, 31) << 0 << QStringLiteral("29/Feb/2024");
-    QTest::newRow("twelve months") << QDate(2026, 6, 15) << 11 << QStringLiteral("15/Jun/2025");
-    QTest::newRow("no entry") << QDate(2026, 3, 31) << -1 << QStringLiteral("15/May/2026");
+    const std::array<const char *, 3> cases[] = {{"txtOrdNo", "4x1.-a", "41-"},
+                                                 {"txtMQ", "1.5 m", "15"},
+                                                 {"txtSName", "Sri & co 2", "SRI & CO 2"},
+                                                 {"txtPlace", "salem", "SALEM"}};
+    for (const auto &[name, keys, text] : cases) {
+        desk.control(name)->setFocus();
+        desk.type(keys);
+        QCOMPARE(desk.text(name), QLatin1String(text));
+    }
 }
 
 void frmOrdTest::monthsMoveTheFromDate()
 {
-    QFETCH(const QDate, ordered);
-    QFETCH(const int, entry);
+    struct Case
+    {
+        QDate ordered;
+        int entry;
+        const char *from;
+    };
+    const Case cases[] = {{QDate(2026, 3, 31), -1, "15/May/2026"}, // no entry: nothing moves
+                          {QDate(2026, 3, 31), 0, "28/Feb/2026"},
+                          {QDate(2024, 3, 31), 0, "29/Feb/2024"},
+                          {QDate(2026, 6, 15), 11, "15/Jun/2025"}};
     OrderDesk desk;
     desk.open();
-    desk.control("dtpOrdDate")->setProperty("date", ordered);
-    QCOMPARE(desk.text("dtpAvgFrom"), QStringLiteral("15/May/2026")); // the order date alone moves nothing
-    desk.control<ui::ComboBox>("cmbMonth")->click(entry);
-    QTEST(desk.text("dtpAvgFrom"), "from");
+    for (const Case &given : cases) {
+        const QString before = desk.text("dtpAvgFrom");
+        desk.control("dtpOrdDate")->setProperty("date", given.ordered);
+        QCOMPARE(desk.text("dtpAvgFrom"), before); // the order date alone moves nothing
+        desk.control<ui::ComboBox>("cmbMonth")->click(given.entry);
+        QCOMPARE(desk.text("dtpAvgFrom"), QLatin1String(given.from));
+    }
 }
 
 void frmOrdTest::onlyShowingTheFormSetsTheMonth()
@@ -220,45 +207,34 @@ void frmOrdTest::onlyShowingTheFormSetsTheMonth()
     QCOMPARE(desk.text("dtpAvgFrom"), QStringLiteral("15/May/2026"));
 }
 
-void frmOrdTest::saveAsksForWhatIsMissing_data()
-{
-    QTest::addColumn<QString>("order");  // loaded first
-    QTest::addColumn<QString>("number"); // typed over it
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("focus");
-    QTest::newRow("no number") << "41" << QString() << "Enter Order No." << QString();
-    QTest::newRow("zero") << "41"
-                          << "0"
-                          << "Enter Order No." << QString();
-    QTest::newRow("no supplier") << "40"
-                                 << "40"
-                                 << "Select Supplier Name"
-                                 << "cmdSup";
-    QTest::newRow("no lines") << "39"
-                              << "39"
-                              << "Enter Spares Details"
-                              << "txtItem";
-}
-
 void frmOrdTest::saveAsksForWhatIsMissing()
 {
-    QFETCH(const QString, order);
-    QFETCH(const QString, number);
-    QFETCH(const QString, message);
-    QFETCH(const QString, focus);
+    struct Case
+    {
+        const char *order;  // loaded first
+        const char *number; // typed over it
+        const char *message;
+        const char *focus;
+    };
+    const Case cases[] = {{"41", "", "Enter Order No.", nullptr},
+                          {"41", "0", "Enter Order No.", nullptr},
+                          {"40", "40", "Select Supplier Name", "cmdSup"},
+                          {"39", "39", "Enter Spares Details", "txtItem"}};
     OrderDesk desk;
     desk.open();
-    desk.load(order.toLatin1().constData());
-    desk.control("txtOrdNo")->setProperty("text", number);
     const QByteArray headers = desk.storedHeaders();
-    const QString first = desk.row(1);
-    desk.dialogs.takeShown();
-    desk.control<QAbstractButton>("CmdSave")->click();
-    QCOMPARE(desk.dialogs.takeShown(), QStringList(message));
-    if (!focus.isEmpty())
-        QCOMPARE(desk.focus(), focus);
-    QCOMPARE(desk.storedHeaders(), headers);
-    QCOMPARE(desk.row(1), first);
+    for (const Case &given : cases) {
+        desk.load(given.order);
+        desk.control("txtOrdNo")->setProperty("text", QString::fromLatin1(given.number));
+        const QString first = desk.row(1);
+        desk.dialogs.takeShown();
+        desk.control<QAbstractButton>("CmdSave")->click();
+        QCOMPARE(desk.dialogs.takeShown(), QStringList(QString::fromLatin1(given.message)));
+        if (given.focus)
+            QCOMPARE(desk.focus(), QLatin1String(given.focus));
+        QCOMPARE(desk.storedHeaders(), headers);
+        QCOMPARE(desk.row(1), first);
+    }
 }
 
 void frmOrdTest::loadingShowsHeaderAndRenumberedLines()
@@ -444,6 +420,37 @@ void frmOrdTest::anUnopenedYearShowsAnErrorAtEveryAction()
     QCOMPARE(desk.dialogs.errors, QList<int>({static_cast<int>(ErrorNumber::ObjectClosed),
                                               static_cast<int>(ErrorNumber::ObjectClosed)}));
     QVERIFY(desk.form->isVisible());
+    QCOMPARE(desk.dialogs.lastConsequence, std::string()); // the box says that no order was changed
+}
+
+void frmOrdTest::aFailedSaveSaysWhatIsStored()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.load("41");
+    desk.connections.conYear.close();
+    desk.control<QAbstractButton>("CmdSave")->click();
+    QCOMPARE(desk.dialogs.errors, QList<int>{static_cast<int>(ErrorNumber::ObjectClosed)});
+    QVERIFY(QString::fromStdString(desk.dialogs.lastConsequence).contains(QStringLiteral("only in part")));
+    QCOMPARE(desk.cell(1, orders::kColPartNo), QStringLiteral("CLT-100")); // nothing is lost on the screen
+}
+
+void frmOrdTest::aPauseOverMidnightIsLeftByClosing()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.clock.setNow(Date::fromSerial(Date::fromYmd(2026, 6, 15).serial() + 0.999999));
+    desk.clock.endsWith = &desk.shell;
+    int pauses = 0;
+    desk.clock.duringPause = [&] {
+        if (++pauses == 100) // well beyond the half second
+            desk.form->close();
+    };
+    desk.dialogs.answers << true;
+    desk.control<QAbstractButton>("cmdView")->click();
+    QCOMPARE(pauses, 100);
+    QVERIFY(desk.shell.ended());
+    QVERIFY(!data::dataSourceFile("VELK_OTH_MAIN"));
 }
 
 void frmOrdTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()
@@ -466,7 +473,10 @@ void frmOrdTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()
             QVERIFY2(!widget->objectName().isEmpty() && !widget->accessibleName().isEmpty(),
                      widget->metaObject()->className());
     }
-    QCOMPARE(mnemonics.size(), 18);
+    QVERIFY(mnemonics.size() >= 18);
+    QVERIFY(!ui::keyCard(desk.form.get()).isEmpty());
+    for (int column = 0; column < orders::kColumns; ++column)
+        QVERIFY(!desk.lines()->headerData(column, Qt::Horizontal, Qt::ToolTipRole).toString().isEmpty());
 }
 
 void frmOrdTest::tabGoesInTheOrderOfWork()

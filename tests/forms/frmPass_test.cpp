@@ -1,4 +1,5 @@
 // The login form: messages in their order, counting, who gets in.
+#include "common/ui/key_card.h"
 #include "common/ui/text_box.h"
 #include "data/data_sources.h"
 #include "forms/frmPass/frmPass.h"
@@ -167,6 +168,7 @@ void FrmPassTest::escapeIsCancel()
 {
     m_station->serPath();
     show();
+    QVERIFY(!ui::keyCard(m_form.get()).isEmpty());
     QTest::keyClick(box("txtUser"), Qt::Key_Escape);
     QVERIFY(m_station->shell.ended());
     QCOMPARE(m_station->session.SuperUser, std::string("False"));

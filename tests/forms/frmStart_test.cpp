@@ -2,6 +2,7 @@
 // opens.
 #include "common/ui/combo_box.h"
 #include "common/ui/grid_view.h"
+#include "common/ui/key_card.h"
 #include "forms/frmStart/frmStart.h"
 #include "tests/forms/workstation.h"
 
@@ -277,6 +278,7 @@ void FrmStartTest::exitEndsTheProgram()
 {
     makeMain(1, 1);
     show();
+    QVERIFY(!ui::keyCard(m_form.get()).isEmpty());
     QTest::keyClick(grid(), Qt::Key_Escape);
     QVERIFY(m_station->shell.ended());
     QVERIFY(!m_form->isVisible());

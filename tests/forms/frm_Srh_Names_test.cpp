@@ -1,5 +1,6 @@
 // The supplier search: who is offered, how the list follows the typing, what goes back.
 #include "common/ui/grid_view.h"
+#include "common/ui/key_card.h"
 #include "common/ui/text_box.h"
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
 #include "tests/forms/workstation.h"
@@ -123,6 +124,7 @@ void FrmSrhNamesTest::enterTakesTheHighlightedSupplier()
 
 void FrmSrhNamesTest::downGoesToTheList()
 {
+    QVERIFY(!ui::keyCard(m_form.get()).isEmpty());
     m_form->activateWindow();
     QTest::keyClick(name(), Qt::Key_Down);
     QTRY_VERIFY(grid()->hasFocus());

@@ -1,5 +1,6 @@
 // The part search: what is listed for a code or a name, the vehicles of the highlighted part, what goes back.
 #include "common/ui/grid_view.h"
+#include "common/ui/key_card.h"
 #include "common/ui/text_box.h"
 #include "forms/frm_Srh_Spares/frm_Srh_Spares.h"
 #include "tests/forms/workstation.h"
@@ -86,6 +87,7 @@ QStringList FrmSrhSparesTest::column(const char *list, int column) const
 void FrmSrhSparesTest::typedLetterIsSearchedAtOnce()
 {
     show("b");
+    QVERIFY(!ui::keyCard(m_form.get()).isEmpty());
     QCOMPARE(box("txtItem_Name")->text(), u"B"_s);
     QCOMPARE(column("fgList", 0), (QStringList{u"BR-050"_s, u"BR-100"_s, u"BU-001"_s}));
     QTRY_COMPARE(m_form->focusWidget(), box("txtItem_Name"));

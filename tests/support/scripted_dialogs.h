@@ -42,6 +42,7 @@ public:
     void runTimeError(const AppError &error) override
     {
         errors << static_cast<int>(error.number());
+        lastConsequence = error.consequence();
         remember(error.what(), Icon::Critical, Title::Product);
     }
 
@@ -51,6 +52,7 @@ public:
     QQueue<bool> answers;
     QStringList shown;
     QList<int> errors;
+    std::string lastConsequence; ///< of the last error
     Icon lastIcon = Icon::None;
     Title lastTitle = Title::Product;
     std::string fileToOpen;
