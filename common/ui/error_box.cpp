@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDateTime>
+#include <QDialogButtonBox>
 #include <QPushButton>
 
 namespace ui {
@@ -45,7 +46,8 @@ ErrorBox::ErrorBox(const AppError &error, const QString &title, QWidget *parent)
     QPushButton *copyButton = addButton(tr("&Copy"), ActionRole);
     copyButton->setObjectName(QStringLiteral("cmdCopy"));
     copyButton->setToolTip(tr("Copies the whole message, to paste it into a mail to your support"));
-    copyButton->disconnect(this);
+    if (auto *row = findChild<QDialogButtonBox *>())
+        copyButton->disconnect(row);
     connect(copyButton, &QAbstractButton::clicked, this, &ErrorBox::copy);
 }
 

@@ -169,19 +169,27 @@ void GridView::layOutColumns()
     if (!m_model)
         return;
     verticalHeader()->setDefaultSectionSize(qCeil(QFontMetricsF(font()).height() * kRowHeight));
-    int spare = viewport()->width();
+    std::map<int, int> widths; // of the columns that are shown
+    int together = 0;
     for (int column = 0; column < m_grid.columns(); ++column) {
         const TextGrid::Heading &heading = m_grid.heading(column);
         const bool hidden = heading.widthInCharacters == 0 && heading.text.empty();
         setColumnHidden(column, hidden);
-        if (hidden)
-            continue;
-        const int width = naturalWidth(column);
-        setColumnWidth(column, width);
-        spare -= width;
+        if (!hidden)
+            together += widths[column] = naturalWidth(column);
     }
-    if (m_stretchColumn && spare > 0 && *m_stretchColumn < m_grid.columns())
-        setColumnWidth(*m_stretchColumn, columnWidth(*m_stretchColumn) + spare);
+    const int spare = m_stretchColumn ? viewport()->width() - together : 0;
+    int left = qMax(0, spare);
+    for (auto &[column, width] : widths) {
+        // On a wide screen all columns grow a little, or the figures would end up far from their names.
+        if (spare > 0 && column != *m_stretchColumn) {
+            const int share = spare * width / together / 2;
+            width += share;
+            left -= share;
+        }
+    }
+    for (const auto &[column, width] : widths)
+        setColumnWidth(column, m_stretchColumn == column ? width + left : width);
 }
 
 } // namespace ui

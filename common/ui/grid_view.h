@@ -25,7 +25,7 @@ public:
     /// The grid must outlive the view.
     GridView(TextGrid &grid, Selection selection, QWidget *parent = nullptr);
 
-    /// The column that takes the room that is left over.
+    /// The column that takes most of the room that is left over; the others share half of it.
     void setStretchColumn(int column);
     /// A text that the column must show unclipped, whatever its heading is.
     void setWidestText(int column, const QString &text);

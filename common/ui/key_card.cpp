@@ -86,22 +86,25 @@ QWidget *CardWindow::keyTable(const QList<KeyLine> &lines)
     auto *grid = new QGridLayout(table);
     grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     grid->setHorizontalSpacing(kColumnGap);
+    QFont bold = font();
+    bold.setBold(true);
+    const auto addText = [table, grid](const QString &text, int row, int column, int span) {
+        auto *label = new QLabel(text, table);
+        label->setTextFormat(Qt::PlainText);
+        grid->addWidget(label, row, column, 1, span, Qt::AlignTop);
+        return label;
+    };
     int row = 0;
     for (const KeyLine &line : lines) {
-        auto *meaning = new QLabel(line.meaning, table);
-        meaning->setTextFormat(Qt::PlainText);
-        QFont bold = font();
-        bold.setBold(true);
         if (line.keys.isEmpty()) {
-            meaning->setFont(bold);
-            grid->addWidget(meaning, row++, 0, 1, 2);
-            continue;
+            QLabel *heading = addText(line.meaning, row, 0, 2);
+            heading->setFont(bold);
+            heading->setContentsMargins(0, row > 0 ? kMargin / 2 : 0, 0, 0);
+        } else {
+            addText(line.keys, row, 0, 1)->setFont(bold);
+            addText(line.meaning, row, 1, 1);
         }
-        auto *keys = new QLabel(line.keys, table);
-        keys->setTextFormat(Qt::PlainText);
-        keys->setFont(bold);
-        grid->addWidget(keys, row, 0, Qt::AlignTop);
-        grid->addWidget(meaning, row++, 1);
+        ++row;
     }
     grid->setColumnStretch(1, 1);
     return table;

@@ -38,7 +38,7 @@ void frmOrd::Export_Excel()
     {
         const Busy busy(*this);
         output::Copy_Ex(m_context.session, file);
-        Wait_Secs(m_context.clock, kPause);
+        pauseFor(kPause);
         output::exportOrder(spreadsheets(), m_context.connections.conYear, file, leadingNumber(number),
                             [this](std::int64_t done, std::int64_t total) { showLinesDone(done, total); });
     }

@@ -15,6 +15,7 @@ namespace {
 /// Widths of fields in characters of their own font.
 constexpr int kNumberCharacters = 10;
 constexpr int kTotalCharacters = 16;
+constexpr int kWidestField = 34;
 constexpr int kProgressCharacters = 24;
 constexpr int kBandMargin = 10;
 constexpr int kFieldGap = 8;
@@ -50,9 +51,14 @@ QPushButton *createButton(const char *name, QWidget *parent, const QString &capt
     return button;
 }
 
+int fontWidth(const QWidget *control)
+{
+    return control->fontMetrics().horizontalAdvance(QLatin1Char('0'));
+}
+
 void setCharacters(QWidget *control, int characters)
 {
-    control->setMinimumWidth(control->fontMetrics().horizontalAdvance(QLatin1Char('0')) * characters);
+    control->setMinimumWidth(fontWidth(control) * characters);
 }
 
 QFrame *createLine(QWidget *parent)
@@ -251,6 +257,13 @@ QLayout *frmOrdUi::fieldBand()
     // Rows with a button and rows without one are equally high.
     for (int row = 0; row < kFieldRows; ++row)
         fields->setRowMinimumHeight(row, cmdSup->sizeHint().height());
+    // On a wide screen the room goes between the two groups and not into fields for a date or a number.
+    for (QWidget *field : {static_cast<QWidget *>(txtOrdNo), static_cast<QWidget *>(dtpOrdDate),
+                           static_cast<QWidget *>(cmbMonth), static_cast<QWidget *>(dtpAvgFrom),
+                           static_cast<QWidget *>(txtMQ)}) {
+        field->setMaximumWidth(fontWidth(field) * kWidestField);
+    }
+    fields->setColumnStretch(kGap, 1);
     fields->setColumnMinimumWidth(kGap, kGroupGap);
     for (const int column : {kOrderField, kDateField})
         fields->setColumnStretch(column, 3);
