@@ -139,7 +139,7 @@ void QtDialogs::runTimeError(const AppError &error)
 {
     if (m_shell.ended())
         return;
-    ErrorBox(error, titleText(Title::Product), QApplication::activeWindow()).exec();
+    ErrorBox(error, titleText(Title::Product), asker()).exec();
 }
 
 } // namespace ui

@@ -10,6 +10,7 @@
 #include "data/data_sources.h"
 #include "data/recordset.h"
 #include "forms/frmOrd/frmOrd_ui.h"
+#include "forms/frmOrd/frmOrd_why.h"
 #include "forms/frmOrd/frmOrd_words.h"
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
 #include "forms/paper_preview/paper_preview.h"
@@ -65,6 +66,8 @@ frmOrd::frmOrd(const forms::Context &context, QWidget *parent)
     , m_ui(std::make_unique<frmOrdUi>(this, m_lines))
     , m_proposal(context.session, context.connections.conMain, context.connections.conLayouts,
                  context.connections.conYear)
+    , m_explainer(context.session, context.connections.conMain, context.connections.conLayouts,
+                  context.connections.conYear)
 {
     setObjectName(QStringLiteral("frmOrd"));
     // A grid begins with one empty row, and its first inner cell is the current one.
@@ -74,6 +77,7 @@ frmOrd::frmOrd(const forms::Context &context, QWidget *parent)
     ui::setKeyCard(this, tr("Spares Order Form"), words::orderKeys());
     connectControls();
     connectGrid();
+    connectWhy();
     Form_Load();
 }
 
@@ -381,7 +385,8 @@ bool frmOrd::formKey(QObject *watched, const QKeyEvent &key)
         return txtItem_KeyDown(key);
     if (watched == m_ui->fgList)
         return gridKey(key);
-    if (!isEnter(key) || watched == m_ui->txtOrdNo)
+    const bool inWhy = m_ui->fmWhy->isAncestorOf(qobject_cast<QWidget *>(watched));
+    if (!isEnter(key) || watched == m_ui->txtOrdNo || inWhy)
         return false;
     if (auto *button = qobject_cast<QPushButton *>(watched)) {
         button->click();

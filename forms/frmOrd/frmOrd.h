@@ -7,12 +7,13 @@
 // output/ and shows the results; the lines live in a TextGrid that the grid control shows.
 //
 // The class is spread over five sources: frmOrd.cpp (modes, supplier, periods, leaving), frmOrd_grid.cpp
-// (lines and cell editor), frmOrd_save.cpp (save, load, print), frmOrd_fill.cpp (proposal), frmOrd_sheets.cpp
-// (spreadsheets).
+// (lines and cell editor), frmOrd_save.cpp (save, load, print), frmOrd_fill.cpp (proposal),
+// frmOrd_explain.cpp (why a quantity came out), frmOrd_sheets.cpp (spreadsheets).
 #pragma once
 
 #include "common/text_grid.h"
 #include "forms/context.h"
+#include "orders/explanation.h"
 #include "orders/order.h"
 #include "orders/proposal.h"
 #include "output/sheet_import.h"
@@ -134,6 +135,14 @@ private:
     [[nodiscard]] orders::ProposalRequest proposalRequest() const;
     void showProgress(std::int64_t done, std::int64_t total);
 
+    // Why this quantity, why not that part (frmOrd_explain.cpp)
+    void connectWhy();
+    void cmdWhy_Click();
+    void closeWhy();
+    void explainLine();
+    void explainPart(const QString &partCode);
+    void showExplanation(const orders::Explanation &explanation);
+
     /// While one lives, the form cannot be closed and the pointer shows that it works.
     class Busy;
 
@@ -141,6 +150,7 @@ private:
     TextGrid m_lines;
     std::unique_ptr<frmOrdUi> m_ui;
     orders::Proposal m_proposal;
+    orders::Explainer m_explainer;
 
     std::string m_mode;               ///< order mode word: "NEW", "MOD" or "DEL"
     std::int32_t m_supplierCode = 0;  ///< `LedgCode` of the chosen supplier; 0: none chosen
@@ -152,6 +162,8 @@ private:
     bool m_totalStale = true;         ///< the lines changed since the net total was worked out
     /// Runs fgList_GotFocus behind the focus event, within which the focus cannot be passed on.
     QTimer m_gridFocus;
+    QTimer m_whyRest;               ///< runs until the current row has stood still for a moment
+    int m_whyRow = 0;               ///< the row that was current last
     QPointer<PaperPreview> m_paper; ///< the print file as paper, while it is shown
     bool m_busy = false;
     bool m_pausing = false;

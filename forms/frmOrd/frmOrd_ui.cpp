@@ -2,6 +2,7 @@
 
 #include "common/ui/create.h"
 #include "common/ui/style.h"
+#include "forms/frmOrd/frmOrd_why.h"
 #include "forms/frmOrd/frmOrd_words.h"
 #include "orders/order.h"
 
@@ -136,6 +137,8 @@ void frmOrdUi::createGrid(TextGrid &lines)
     fgList->setWidestText(orders::kColAmount, QStringLiteral("9999999.00"));
     txtItem = createBox("txtItem", fgList->viewport(), ui::TextBox::Keys::All);
     txtItem->hide();
+    fmWhy = create<WhyPanel>("fmWhy", innerShape);
+    fmWhy->hide();
 }
 
 void frmOrdUi::createActions()
@@ -167,6 +170,8 @@ void frmOrdUi::createActions()
 
     cmdImp = createButton("cmdImp", Pic, tr("&Import..."));
     cmdXls = createButton("cmdXls", Pic, tr("&Export"));
+    cmdWhy = createButton("cmdWhy", Pic, tr("Wh&y?"));
+    cmdWhy->setCheckable(true);
     fmSave = create<QFrame>("fmSave", Pic);
     CmdSave = createButton("CmdSave", fmSave, tr("&Save"));
     cmdExit = createButton("cmdExit", fmSave, tr("E&xit"));
@@ -196,6 +201,10 @@ void frmOrdUi::describe()
         {lblNetTotal, tr("Net total"), tr("Sum of all amounts, renewed every second")},
         {cmdImp, tr("Import from spreadsheet"), tr("Reads lines from a spreadsheet")},
         {cmdXls, tr("Export to spreadsheet"), tr("Writes the order to a spreadsheet")},
+        {cmdWhy, tr("Why this quantity"),
+         tr("Shows beside the lines how the current line's quantity was worked out, and why a part is "
+            "missing")},
+        {fmWhy, tr("Why this quantity"), {}},
         {CmdSave, tr("Save order"), tr("Saves the order and offers to print it")},
         {cmdExit, tr("Exit"), tr("Leaves the program")},
     };
@@ -291,7 +300,11 @@ QLayout *frmOrdUi::gridBand()
     inside->setContentsMargins(0, 0, 0, 0);
     inside->setSpacing(kFieldGap / 2);
     inside->addWidget(createLabel(tr("Order &lines:"), fgList));
-    inside->addWidget(fgList, 1);
+    auto *sideBySide = new QHBoxLayout;
+    sideBySide->setSpacing(kBandMargin);
+    sideBySide->addWidget(fgList, 5);
+    sideBySide->addWidget(fmWhy, 3);
+    inside->addLayout(sideBySide, 1);
     auto *band = new QVBoxLayout;
     band->setContentsMargins(kBandMargin, 0, kBandMargin, 0);
     band->addWidget(innerShape);
@@ -334,7 +347,7 @@ QLayout *frmOrdUi::actionBand()
     auto *band = new QHBoxLayout;
     band->setContentsMargins(kBandMargin, 0, kBandMargin, 0);
     band->setSpacing(kFieldGap);
-    for (QPushButton *button : {cmdImp, cmdXls})
+    for (QPushButton *button : {cmdWhy, cmdImp, cmdXls})
         band->addWidget(button);
     band->addStretch(1);
     band->addWidget(fmSave);
@@ -346,7 +359,7 @@ void frmOrdUi::setTabOrder()
 {
     QWidget *const order[] = {txtOrdNo,   dtpOrdDate, cmdSup,  txtSName, txtPlace, cmbType,  cmbMonth,
                               dtpAvgFrom, txtMQ,      cmdView, fgList,   txtItem,  cmbOrder, chkRat,
-                              CmdSave,    cmdExit,    cmdImp,  cmdXls,   cmdPaper};
+                              CmdSave,    cmdExit,    cmdWhy,  cmdImp,   cmdXls,   cmdPaper};
     for (std::size_t next = 1; next < std::size(order); ++next)
         QWidget::setTabOrder(order[next - 1], order[next]);
 }

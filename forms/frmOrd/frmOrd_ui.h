@@ -23,6 +23,7 @@
 
 class QGridLayout;
 class QLayout;
+class WhyPanel;
 
 class frmOrdUi
 {
@@ -57,6 +58,9 @@ public:
 
     ui::GridView *fgList;
     ui::TextBox *txtItem; ///< the cell editor, on the grid's viewport
+
+    QPushButton *cmdWhy;
+    WhyPanel *fmWhy; ///< beside the grid; closed until it is asked for
 
     QLabel *lblP;
     ui::ComboBox *cmbOrder;

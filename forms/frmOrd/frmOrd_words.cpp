@@ -23,6 +23,9 @@ QList<ui::KeyLine> orderKeys()
         {tr("Alt+C"), tr("chooses the supplier")},
         {tr("Alt+A"), tr("fills the lines with the proposed order")},
         {tr("Alt+L"), tr("to the order lines")},
+        {tr("Alt+Y"),
+         tr("opens or closes the panel that says why a quantity was proposed; Alt+G there: a part that "
+            "is missing")},
         {tr("Alt+S, Alt+X"), tr("saves the order and offers to print it; leaves the program")},
         {tr("Alt+I, Alt+E"), tr("reads lines from a spreadsheet; writes the order to one")},
         {{}, tr("The lines")},

@@ -18,6 +18,7 @@ class frmOrdJobTest : public QObject
 
 private slots:
     void aNewOrderIsProposedCorrectedSavedAndPrinted();
+    void thePanelExplainsTheLineAndTheMissingPart();
     void aRefusedFillEmptiesTheGrid();
     void nothingToProposeLeavesAnEmptyRow();
     void anErrorInTheFillLeavesTheButtonDisabled();
@@ -144,6 +145,39 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     // StkOrdNo, Slno, ItemCode, LSTQty, LSDays, Qty, Rate, AQty, PQty, Moq, MinQty
     QCOMPARE(lines, QByteArrayList({"42,1,2,33,56,5,120.2500,6,7,10,0", "42,2,1,12,41,5,450.5000,2,3,5,2",
                                     "42,3,6,2,177,2,75.0000,1,0,0,0"}));
+}
+
+void frmOrdJobTest::thePanelExplainsTheLineAndTheMissingPart()
+{
+    OrderDesk desk;
+    desk.open();
+    desk.control<ui::ComboBox>("cmbMonth")->click(5);
+    desk.control("txtMQ")->setProperty("text", QStringLiteral("2"));
+    desk.dialogs.answers << true;
+    desk.control<QAbstractButton>("cmdView")->click();
+    auto *panel = desk.control("fmWhy");
+    QVERIFY(!panel->isVisible()); // closed until it is asked for
+    const auto lastFigure = [&] {
+        const auto *steps = desk.control<QAbstractItemView>("fgWhy")->model();
+        return steps->index(steps->rowCount() - 1, 1).data().toString();
+    };
+    for (int row = 1; row < desk.lines()->rowCount(); ++row) {
+        desk.enter(row, kColQty);
+        if (row == 1)
+            desk.press(Qt::Key_Y, Qt::AltModifier);
+        QTRY_VERIFY(panel->isVisible() && desk.text("lblWhy").startsWith(desk.cell(row, 1)));
+        QCOMPARE(lastFigure(), desk.cell(row, kColQty));
+    }
+    desk.press(Qt::Key_G, Qt::AltModifier);
+    QTRY_COMPARE(desk.focus(), QStringLiteral("txtWhyPart"));
+    desk.type("nowhere-1");
+    desk.press(Qt::Key_Return);
+    const auto reason = orders::outcomeText(orders::Outcome::NotInMaster);
+    QCOMPARE(desk.text("lblWhy"),
+             QStringLiteral("NOWHERE-1: ") + QString::fromUtf8(reason.data(), qsizetype(reason.size())));
+    desk.press(Qt::Key_Escape);
+    QVERIFY(!panel->isVisible());
+    QVERIFY(desk.dialogs.errors.isEmpty());
 }
 
 void frmOrdJobTest::aRefusedFillEmptiesTheGrid()

@@ -494,7 +494,7 @@ void frmOrdTest::tabGoesInTheOrderOfWork()
     QCOMPARE(order.join(QLatin1Char(' ')),
              QStringLiteral(
                  "txtOrdNo dtpOrdDate cmdSup txtSName txtPlace cmbType cmbMonth dtpAvgFrom txtMQ cmdView "
-                 "txtItem cmbOrder chkRat CmdSave cmdExit cmdXls cmdPaper txtOrdNo"));
+                 "txtItem cmbOrder chkRat CmdSave cmdExit cmdWhy cmdXls cmdPaper txtOrdNo"));
     // And back out of the editor, past the grid.
     desk.enter(1, orders::kColPartNo);
     desk.control("txtItem")->setFocus();

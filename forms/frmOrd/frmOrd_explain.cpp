@@ -1,0 +1,77 @@
+// frmOrd: why the current line's quantity came out as it did, and why another part is not in the proposal.
+#include "forms/frmOrd/frmOrd.h"
+
+#include "common/ui/connect.h"
+#include "common/ui/text.h"
+#include "forms/frmOrd/frmOrd_ui.h"
+#include "forms/frmOrd/frmOrd_why.h"
+
+#include <QApplication>
+
+namespace {
+
+/// Rows that are only passed on the way are not explained.
+constexpr int kRestMs = 150;
+
+} // namespace
+
+void frmOrd::connectWhy()
+{
+    ui::on(m_ui->cmdWhy, &QPushButton::clicked, this, &frmOrd::cmdWhy_Click);
+    ui::on(m_ui->fmWhy, &WhyPanel::partAsked, this, &frmOrd::explainPart);
+    ui::on(m_ui->fmWhy, &WhyPanel::left, this, &frmOrd::closeWhy);
+    m_whyRest.setSingleShot(true);
+    m_whyRest.setInterval(kRestMs);
+    ui::on(&m_whyRest, &QTimer::timeout, this, &frmOrd::explainLine);
+    connect(m_ui->fgList, &ui::GridView::currentCellChanged, this, [this](int row, int) {
+        if (std::exchange(m_whyRow, row) != row && m_ui->fmWhy->isVisible())
+            m_whyRest.start();
+    });
+}
+
+/// Opens the panel beside the lines, or closes it.
+void frmOrd::cmdWhy_Click()
+{
+    if (m_ui->fmWhy->isVisible())
+        return closeWhy();
+    m_ui->cmdWhy->setChecked(true);
+    m_ui->fmWhy->show();
+    explainLine();
+}
+
+void frmOrd::closeWhy()
+{
+    m_ui->cmdWhy->setChecked(false);
+    const bool hadFocus = m_ui->fmWhy->isAncestorOf(QApplication::focusWidget());
+    m_ui->fmWhy->hide();
+    if (hadFocus)
+        m_ui->fgList->setFocus(Qt::TabFocusReason);
+}
+
+void frmOrd::explainLine()
+{
+    m_whyRest.stop();
+    m_ui->fmWhy->setPart({});
+    const int row = m_lines.currentRow();
+    const std::int32_t item = m_lines.rowData(row);
+    if (item == 0)
+        return m_ui->fmWhy->showSteps(tr("This line holds no part yet."), {});
+    showExplanation(m_explainer.explain(proposalRequest(), item));
+}
+
+void frmOrd::explainPart(const QString &partCode)
+{
+    m_whyRest.stop();
+    if (partCode.isEmpty())
+        return explainLine();
+    showExplanation(m_explainer.explainPart(proposalRequest(), ui::typed(partCode)));
+}
+
+void frmOrd::showExplanation(const orders::Explanation &explanation)
+{
+    const QString part = QStringList{ui::shown(explanation.partCode), ui::shown(explanation.name)}
+                             .join(QLatin1Char(' '))
+                             .trimmed();
+    m_ui->fmWhy->showSteps(part + QStringLiteral(": ") + ui::shown(orders::outcomeText(explanation.outcome)),
+                           explanation.lines);
+}
