@@ -5,7 +5,7 @@ set -eu
 cd "$(dirname "$0")/.."
 
 # A test's rows are one flat list. So is the work of a day, step by step.
-allowed='_data\(\)|aNewOrderIsProposedCorrectedSavedAndPrinted'
+allowed='_data\(\)|aNewOrderIsProposedCorrectedSavedAndPrinted|anImportedOrderKeepsItsLinesThroughSaveAndExport'
 git ls-files '*.cpp' '*.h' | xargs awk -v allowed="$allowed" '
     FNR == 1 { start = 0 }
     FNR == 501 { print FILENAME " has more than 500 lines"; failed = 1 }
