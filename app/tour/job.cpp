@@ -29,9 +29,10 @@ constexpr const char *kCorrected = "500";
 
 } // namespace
 
-Job::Job(Stage &stage, QSize windowSize)
+Job::Job(Stage &stage, QSize windowSize, const QString &serverFolder)
     : m_stage(stage)
     , m_windowSize(windowSize)
+    , m_serverFolder(serverFolder)
 {}
 
 std::vector<Step> Job::steps()
@@ -47,6 +48,7 @@ std::vector<Step> Job::steps()
     lookForPart();
     callUpAgain();
     printReport();
+    exportAndImport();
     leave();
     return std::move(m_steps);
 }
@@ -335,7 +337,7 @@ void Job::printReport()
 
 void Job::leave()
 {
-    on("frmOrd", QStringLiteral("11. I leave the program by the exit button's key."),
+    on("frmOrd", QStringLiteral("13. I leave the program by the exit button's key."),
        [this] { m_stage.press(Qt::Key_X, Qt::AltModifier); });
 }
 

@@ -27,7 +27,7 @@ struct Record
 class Job
 {
 public:
-    Job(Stage &stage, QSize windowSize);
+    Job(Stage &stage, QSize windowSize, const QString &serverFolder);
 
     [[nodiscard]] std::vector<Step> steps();
     [[nodiscard]] const Record &record() const { return m_record; }
@@ -58,11 +58,16 @@ private:
     void lookForPart();
     void callUpAgain();
     void printReport();
+    void exportAndImport();
+    void exportOrder();
+    void importOrder();
+    void closeNotice(const QString &text);
     void leave();
 
     Stage &m_stage;
     Record m_record;
     QSize m_windowSize;
+    QString m_serverFolder;
     std::vector<Step> m_steps;
 };
 

@@ -91,7 +91,7 @@ int main(int argumentCount, char **arguments)
     ui::applyStyle(application);
     ui::enableKeyCards(application);
     tour::Stage stage(given[2]);
-    tour::Job job(stage, windowSize);
+    tour::Job job(stage, windowSize, QFileInfo(given[1] + QStringLiteral("/../server")).canonicalFilePath());
     Session session;
     {
         Program program(dialogs, clock, shell, QFileInfo(given[1]).absoluteFilePath().toStdString());

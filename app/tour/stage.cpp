@@ -160,12 +160,17 @@ void Stage::type(const QString &text) const
     }
 }
 
+QString Stage::pictureFile(const QString &name)
+{
+    return QStringLiteral("%1/%2-%3.png")
+        .arg(m_pictureFolder)
+        .arg(++m_pictures, 2, 10, QLatin1Char('0'))
+        .arg(name);
+}
+
 void Stage::picture(QWidget *window, const QString &name)
 {
-    const QString file = QStringLiteral("%1/%2-%3.png")
-                             .arg(m_pictureFolder)
-                             .arg(++m_pictures, 2, 10, QLatin1Char('0'))
-                             .arg(name);
+    const QString file = pictureFile(name);
     if (window->grab().save(file))
         say(QStringLiteral("      picture %1").arg(file));
     else

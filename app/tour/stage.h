@@ -58,6 +58,8 @@ public:
     /// Presses a key in whatever has the focus.
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
     void type(const QString &text) const;
+    /// The file for the picture with the next number.
+    [[nodiscard]] QString pictureFile(const QString &name);
     /// Saves a picture of a window under the next number.
     void picture(QWidget *window, const QString &name);
     /// Ends the tour as failed unless `held`.

@@ -39,6 +39,9 @@ public:
     void end() override;
     [[nodiscard]] std::unique_ptr<SpreadsheetApplication> create() override;
 
+    /// Throws AppError(SpreadsheetProgram) with the package's name when there is no LibreOffice Calc.
+    void requireInstalled() const;
+
     /// Sends a request to velk-calc and gives the answer behind its first byte. Throws what the answer says,
     /// and AppError(SpreadsheetProgram) when there is none.
     wire::Message ask(const wire::Message &request);
@@ -50,7 +53,6 @@ public:
 
 private:
     void start();
-    void requireInstalled() const;
     void kill();
     [[nodiscard]] bool waitForEnd(std::chrono::milliseconds time);
     [[nodiscard]] wire::Outcome exchange(const wire::Message &request, wire::Message &answer) const;
