@@ -85,23 +85,26 @@ void PaperSheets::paint(QPainter &painter, int page, PaperStock stock, bool bars
     painter.setPen(QColor(kInk));
     painter.setFont(m_font);
     painter.translate(left + kLeftMargin, 0);
-    paintRuns(painter, page);
+    paintRuns(painter, page, 0);
     if (page > 0) {
-        painter.translate(0, -m_paper.pageLengths[static_cast<std::size_t>(page) - 1]);
-        paintRuns(painter, page - 1);
+        const int perforation = m_paper.pageLengths[static_cast<std::size_t>(page) - 1];
+        painter.translate(0, -perforation);
+        paintRuns(painter, page - 1, perforation);
     }
     painter.restore();
 }
 
-/// The runs of a page that are within the painter's clip.
-void PaperSheets::paintRuns(QPainter &painter, int page) const
+/// The runs of a page that are within the painter's clip and reach below `from`: in a PDF what lies off the
+/// sheet would be there unseen, to be found by a search.
+void PaperSheets::paintRuns(QPainter &painter, int page, int from) const
 {
     const auto [first, end] =
         std::equal_range(m_paper.runs.begin(), m_paper.runs.end(), Run{.page = page, .text = {}},
                          [](const Run &a, const Run &b) { return a.page < b.page; });
     const QRectF visible = painter.hasClipping() ? painter.clipBoundingRect() : QRectF();
     for (auto run = first; run != end; ++run) {
-        if (visible.isNull() || (run->y + kCellHeight >= visible.top() && run->y <= visible.bottom()))
+        const int bottom = run->y + kCellHeight;
+        if (bottom > from && (visible.isNull() || (bottom >= visible.top() && run->y <= visible.bottom())))
             paintRun(painter, *run);
     }
 }

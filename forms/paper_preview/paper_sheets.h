@@ -27,7 +27,7 @@ public:
     void paint(QPainter &painter, int page, PaperStock stock, bool bars) const;
 
 private:
-    void paintRuns(QPainter &painter, int page) const;
+    void paintRuns(QPainter &painter, int page, int from) const;
     void paintRun(QPainter &painter, const output::escp::Run &run) const;
 
     output::escp::Paper m_paper;

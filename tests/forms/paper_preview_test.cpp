@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QImage>
 #include <QLabel>
+#include <QPicture>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -134,7 +135,7 @@ void PaperPreviewTest::theFileIsReadAgain()
 void PaperPreviewTest::printOverThePerforationIsOnBothSheets()
 {
     // 4300 of the 4320 of a page: the letters end some way down the next one.
-    const QByteArray down = "<1B>C<00><0C>" + QByteArray("<1B>J<D7>").repeated(10);
+    const QByteArray down = "<1B>C<00><0C>A<0D>" + QByteArray("<1B>J<D7>").repeated(10);
     const PaperSheets sheets(output::escp::interpret(streamOf(down + "MM<0A>").toStdString(),
                                                      output::escp::PaperAdvance::ReturnsCarriage));
     QCOMPARE(sheets.count(), 2);
@@ -142,6 +143,12 @@ void PaperPreviewTest::printOverThePerforationIsOnBothSheets()
     const int below = inkedRows(sheets, 1, 0, 40);
     QVERIFY(above > 5 && below > 5);
     QVERIFY(above + below > 25 && above + below < 36); // the height of a capital
+    // The rest of the first sheet is not drawn outside the second.
+    QPicture drawn;
+    QPainter painter(&drawn);
+    sheets.paint(painter, 1, PaperStock::TornOff, false);
+    painter.end();
+    QVERIFY2(drawn.boundingRect().top() > -100, qPrintable(QString::number(drawn.boundingRect().top())));
 }
 
 void PaperPreviewTest::pdfHoldsTheTornOffSheets()
