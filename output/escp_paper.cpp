@@ -215,8 +215,11 @@ Paper interpret(std::string_view bytes, PaperAdvance advance)
 std::string readStream(const std::string &path)
 {
     const std::string local = data::localPath(path);
-    std::ifstream file(local, std::ios::binary);
-    if (!data::fileExists(path) || !file)
+    std::ifstream file;
+    // Asked first: opening a pipe would wait for somebody at its other end.
+    if (data::fileExists(path))
+        file.open(local, std::ios::binary);
+    if (!file.is_open())
         throw FileError(ErrorNumber::FileNotFound, "There is no print file " + local + " that can be read.");
     std::string bytes(kLargestFile + 1, '\0');
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));

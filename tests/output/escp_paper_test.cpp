@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <random>
+#include <sys/stat.h>
 
 using namespace output::escp;
 
@@ -207,6 +208,9 @@ void EscpPaperTest::onlyPrintFilesAreRead()
     const std::string path = folder.path().toStdString() + "\\dinn.txt";
     QVERIFY_EXCEPTION_THROWN((void)readStream(path), FileError);
     QVERIFY_EXCEPTION_THROWN((void)readStream(folder.path().toStdString()), FileError);
+    const std::string pipe = folder.path().toStdString() + "/pipe";
+    QCOMPARE(::mkfifo(pipe.c_str(), 0600), 0);
+    QVERIFY_EXCEPTION_THROWN((void)readStream(pipe), FileError); // and is not waited for
     QFile file(folder.filePath(QStringLiteral("DINN.TXT")));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(QByteArray("a\0\x1a\r", 4));
