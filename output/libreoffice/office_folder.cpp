@@ -24,6 +24,15 @@ namespace fs = std::filesystem;
 constexpr const char *kPrefix = "velk-office-";
 constexpr const char *kMadePrefix = "velk-newoffice-";
 
+/// The office gets its folder as part of a URL, in which it also expands variables. A place whose name would
+/// mean something there is passed over: the office would not start, or put its profile elsewhere.
+bool canBeNamed(const fs::path &place)
+{
+    static constexpr std::string_view kPlain =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/-_.~";
+    return place.native().find_first_not_of(kPlain) == std::string::npos;
+}
+
 std::vector<fs::path> places()
 {
     std::vector<fs::path> found;
@@ -36,6 +45,7 @@ std::vector<fs::path> places()
         if (const char *path = std::getenv(variable); path && *path == '/')
             found.emplace_back(path);
     }
+    std::erase_if(found, [](const fs::path &place) { return !canBeNamed(place); });
     return found;
 }
 

@@ -23,6 +23,7 @@ private slots:
     void nothingStaysBehindAKilledProgram_data();
     void nothingStaysBehindAKilledProgram();
     void anEndedOfficeLeavesNothing();
+    void aPlaceWithAnOddNameIsPassedOver();
 
 private:
     [[nodiscard]] std::string template_() const { return m_template.toStdString(); }
@@ -58,11 +59,11 @@ Thrown thrownBy(Act act)
 void SheetOfficeTest::initTestCase()
 {
     if (!Office::installed())
-        QSKIP("LibreOffice Calc is not installed: 11 cases left out");
+        QSKIP("LibreOffice Calc is not installed: 12 cases left out");
     const QString fixture = qEnvironmentVariable("SPARES_FIXTURES") + QStringLiteral("/sheets/Ord.Xls");
     m_template = m_folder.filePath(QStringLiteral("Ord.xls"));
     if (!QFile::copy(fixture, m_template))
-        QSKIP("the spreadsheet fixtures are not there: 11 cases left out");
+        QSKIP("the spreadsheet fixtures are not there: 12 cases left out");
     QVERIFY(QFile::setPermissions(m_template, QFile::ReadOwner | QFile::WriteOwner));
 }
 
@@ -182,6 +183,20 @@ void SheetOfficeTest::anEndedOfficeLeavesNothing()
     office.end();
     QVERIFY(m_machine.processes().empty());
     QCOMPARE(m_machine.folders(), QStringList());
+}
+
+/// The office gets its folder in a URL, where these characters mean something else.
+void SheetOfficeTest::aPlaceWithAnOddNameIsPassedOver()
+{
+    const QByteArray usual = qgetenv("TMPDIR");
+    const QString odd = m_folder.filePath(QStringLiteral("a b #%41ü"));
+    QVERIFY(QDir().mkpath(odd));
+    qputenv("TMPDIR", QFile::encodeName(odd));
+    LibreOffice office(Office::settings(std::chrono::seconds(40)));
+    const auto application = office.create();
+    qputenv("TMPDIR", usual);
+    static_cast<void>(application->open(template_(), Access::Write));
+    QVERIFY(QDir(odd).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(SheetOfficeTest)
