@@ -99,7 +99,8 @@ auto guarded(ErrorNumber number, const std::string &sentence, Piece piece)
         throw OfficeLost();
     } catch (const uno::Exception &exception) {
         const std::string words = plain(exception.Message);
-        throw AppError(number, sentence + (words.empty() ? "." : " (" + words + ")."));
+        const std::string end = sentence.ends_with('?') ? "" : ".";
+        throw AppError(number, sentence + (words.empty() ? end : " (" + words + ")."));
     }
 }
 
