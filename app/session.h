@@ -20,14 +20,14 @@ struct Session
     // Company and year
     std::string ComCode;       ///< `Years`.`ComCode` of the chosen company
     std::int32_t YearCode = 0; ///< `Years`.`Code` of the chosen financial year
+    std::uint8_t SPID = 0;     ///< price category: 1, 2 NDPD; 3, 4, 6 NDPS; 5 NDPA
     std::string ComName;
     std::string Town;
     Date YearStart;
     Date YearEnd;
-    Date WorkDate;         ///< today, but not after YearEnd
-    std::string DbSub;     ///< code of the subsidiary database that holds the task rights
-    std::string DlrCode;   ///< dealer code; nothing else reads it
-    std::uint8_t SPID = 0; ///< price category: 1, 2 NDPD; 3, 4, 6 NDPS; 5 NDPA
+    Date WorkDate;       ///< today, but not after YearEnd
+    std::string DbSub;   ///< code of the subsidiary database that holds the task rights
+    std::string DlrCode; ///< dealer code; nothing else reads it
 
     // Paths, as the system writes them (backslashes; mapped to local paths only where files are opened)
     std::string AppPath;

@@ -72,8 +72,9 @@ inline Slot slotAt(const PageView &page, const Format &format, std::size_t slot,
     result.moved = (entry & static_cast<std::uint16_t>(SlotKind::Moved)) != 0;
     result.hidden = (entry & static_cast<std::uint16_t>(SlotKind::Body)) != 0;
     if (result.start > result.end || result.end > page.size() || result.start < format.slotTable + 2 * count)
-        [[unlikely]]
+        [[unlikely]] {
         throwSlotOutside(page, slot);
+    }
     return result;
 }
 

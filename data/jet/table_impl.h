@@ -48,10 +48,11 @@ struct Table::Impl
     /// Shows the row of a slot, which is not hidden, at the place where its body lies.
     void show(RowView &view, RowId id, const PagePin &pin, const Slot &slot)
     {
-        if (slot.moved) [[unlikely]]
+        if (slot.moved) [[unlikely]] {
             showMoved(view, id, pin, slot);
-        else
+        } else {
             view.bind(layout, id, pin, pin.view().slice(slot.start, slot.size()));
+        }
     }
     void showMoved(RowView &view, RowId id, const PagePin &pin, const Slot &slot);
     /// Where the bytes of a row lie: its own slot, or the one that the row moved to.

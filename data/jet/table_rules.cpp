@@ -199,11 +199,12 @@ Value Table::defaultValue(std::size_t column)
     if (expression.empty() || m_impl->definition.columns[column].isAutonumber())
         return Null{};
     const auto value = evaluateDefault(expression);
-    if (!value)
+    if (!value) {
         throw AppError(ErrorNumber::TableReadOnly,
                        "The default " + expression + " of the field " +
                            m_impl->definition.columns[column].name +
                            " can only be worked out by Access. Give the field a value.");
+    }
     return *value;
 }
 
@@ -219,9 +220,10 @@ void Table::Impl::examine()
         std::string reason = refusalOf(*this);
         if (reason.empty())
             reason = unkept;
-        if (!reason.empty())
+        if (!reason.empty()) {
             refusal = "The table " + definition.name + " of the file " + db.path +
                       " cannot be changed: " + reason + (reason.ends_with('.') ? "" : ".");
+        }
     }
     examined = true;
 }
@@ -232,10 +234,11 @@ void Table::Impl::requireWritable()
     examine();
     if (!refusal.empty())
         throw AppError(ErrorNumber::TableReadOnly, refusal);
-    if (definition.system && !db.changingCatalogue)
+    if (definition.system && !db.changingCatalogue) {
         throw AppError(ErrorNumber::TableReadOnly,
                        "The table " + definition.name +
                            " belongs to the database itself and cannot be changed.");
+    }
 }
 
 } // namespace jet
