@@ -4,7 +4,9 @@
 #include <QTest>
 
 #include "common/db.h"
+#include "data/jet/field_default.h"
 #include "data/recordset.h"
+#include "tests/jet/column_property.h"
 #include "tests/support/small_dealership.h"
 
 #include <optional>
@@ -51,6 +53,8 @@ private slots:
     void fieldsAreFoundWithoutRegardToCase();
     void closedRecordsetsSaySo();
     void addedRowsAreSeenAtOnceAndByOthersAfterClosing();
+    void fieldsThatAreNotSetTakeTheirDefaults_data();
+    void fieldsThatAreNotSetTakeTheirDefaults();
     void rowsAddedAndNotClosedAreDropped();
     void scratchRowsAreKeptWithoutClosing();
     void oneRowTooManyDropsTheUnit();
@@ -198,6 +202,53 @@ void RecordsetTest::addedRowsAreSeenAtOnceAndByOthersAfterClosing()
              QByteArray("1|12.5\n3|37.5"));
     lines.close();
     QCOMPARE(exported("Stock_OrdSub"), QStringLiteral("7,1,,,,,12.5000,,,,\n7,3,,,,,37.5000,,,,"));
+}
+
+void RecordsetTest::fieldsThatAreNotSetTakeTheirDefaults_data()
+{
+    QTest::addColumn<std::string>("column");
+    QTest::addColumn<std::string>("expression");
+    QTest::addColumn<std::string>("stored"); ///< "" when only Access could tell
+    const std::string today = toText(jet::localNow().midnight());
+    QTest::newRow("text") << std::string("SupName") << std::string("\"41 Days\"") << std::string("41 Days");
+    QTest::newRow("number") << std::string("Mq") << std::string("=7") << std::string("7");
+    QTest::newRow("day") << std::string("StkOrdDate") << std::string("Date()") << today;
+    QTest::newRow("time") << std::string("StkOrdDate") << std::string("=Now()") << std::string("now");
+    QTest::newRow("function") << std::string("SupName") << std::string("CurrentUser()") << std::string();
+}
+
+void RecordsetTest::fieldsThatAreNotSetTakeTheirDefaults()
+{
+    QFETCH(std::string, column);
+    QFETCH(std::string, expression);
+    QFETCH(std::string, stored);
+    const std::string table = "Stock_Ord";
+    support::putDefault(*jet::Database::open(m_file, {.password = std::string(data::schema::kPassword)}),
+                        table, column, expression);
+    const auto before = jet::localNow().serial();
+    Recordset orders = editable("Select * from " + table, m_connection);
+    const auto add = [&](bool given) {
+        orders.addNew();
+        orders.setField("StkOrdNo", given ? 1.0 : 2.0);
+        if (given)
+            orders.setField(column, Null{});
+        orders.update();
+    };
+    add(true);
+    QVERIFY(isNull(orders.field(column)));
+    if (stored.empty()) {
+        QCOMPARE(errorOf([&] { add(false); }), ErrorNumber::TableReadOnly);
+        return;
+    }
+    add(false);
+    orders.close();
+    Recordset found("Select * from " + table + " where StkOrdNo = 2", m_connection);
+    if (stored == "now") {
+        const double time = std::get<Date>(found.field(column)).serial();
+        QVERIFY(time >= before && time <= jet::localNow().serial());
+    } else {
+        QCOMPARE(toText(found.field(column)), stored);
+    }
 }
 
 void RecordsetTest::rowsAddedAndNotClosedAreDropped()

@@ -1,8 +1,7 @@
 // What a table accepts and refuses; a refused change leaves the file as it was.
 
-#include "data/jet/catalogue.h"
-#include "data/jet/field_store.h"
 #include "data/jet/table_impl.h"
+#include "tests/jet/column_property.h"
 #include "tests/jet/jet_support.h"
 
 #include <set>
@@ -31,45 +30,6 @@ TableSpec partsTable()
 Row part(const char *code, Value bin = std::int16_t{1})
 {
     return {Null{}, std::string(code), Null{}, std::move(bin)};
-}
-
-/// A property block of a column as Access writes it.
-Bytes propertyBlob(const std::string &column, const std::string &name, const std::string &value,
-                   std::uint8_t type, const TextCodec &codec, bool jet3)
-{
-    const auto sized = [&](const Bytes &text) {
-        Bytes out;
-        appendNumber(out, text.size(), 2);
-        out.insert(out.end(), text.begin(), text.end());
-        return out;
-    };
-    const auto block = [](std::uint16_t kind, const Bytes &content) {
-        Bytes out;
-        appendNumber(out, content.size() + 6, 4);
-        appendNumber(out, kind, 2);
-        out.insert(out.end(), content.begin(), content.end());
-        return out;
-    };
-    const Bytes columnName = sized(codec.encode(column));
-    Bytes valueBytes;
-    for (const char c : value)
-        valueBytes.push_back(static_cast<std::byte>(c));
-    Bytes properties;
-    appendNumber(properties, 4 + columnName.size(), 4);
-    properties.insert(properties.end(), columnName.begin(), columnName.end());
-    appendNumber(properties, 8 + valueBytes.size(), 2);
-    appendNumber(properties, 1, 1);
-    appendNumber(properties, type, 1);
-    appendNumber(properties, 0, 2);
-    appendNumber(properties, valueBytes.size(), 2);
-    properties.insert(properties.end(), valueBytes.begin(), valueBytes.end());
-
-    Bytes blob;
-    for (const char c : std::string(jet3 ? "KKD" : "MR2") + '\0')
-        blob.push_back(static_cast<std::byte>(c));
-    for (const Bytes &part : {block(0x80, sized(codec.encode(name))), block(1, properties)})
-        blob.insert(blob.end(), part.begin(), part.end());
-    return blob;
 }
 
 } // namespace
@@ -242,8 +202,9 @@ private slots:
         QFETCH(QString, value);
         QFETCH(QString, text);
         QFETCH(int, error);
-        putProperty(property.toStdString(), value.toStdString(),
-                    property.endsWith(QLatin1String("Rule")) ? 12 : 1);
+        support::putProperty(*m_database, "Parts",
+                             {"Name", property.toStdString(), value.toStdString(),
+                              static_cast<std::uint8_t>(property.endsWith(QLatin1String("Rule")) ? 12 : 1)});
         auto database = Database::open(kPath, {}, *m_folder);
         Row row = part("B-1");
         if (text != QLatin1String("null"))
@@ -275,7 +236,7 @@ private slots:
     {
         QFETCH(QString, expression);
         QFETCH(QString, value);
-        putDefault("Name", expression.toStdString());
+        support::putDefault(*m_database, "Parts", "Name", expression.toStdString());
         const auto database = Database::open(kPath, {}, *m_folder);
         Table &table = database->table("Parts");
         if (value == QLatin1String("?"))
@@ -288,7 +249,7 @@ private slots:
     /// Numbers without an order: never twice, and the counter of those with one stays where it is.
     void randomAutonumbers()
     {
-        putDefault("Id", "GenUniqueID()");
+        support::putDefault(*m_database, "Parts", "Id", "GenUniqueID()");
         m_database = Database::open(kPath, {}, *m_folder);
         m_table = &m_database->table("Parts");
         std::set<std::int32_t> numbers;
@@ -324,6 +285,55 @@ private slots:
         QCOMPARE(make({.name = "code", .keys = {{"Name"}}}), static_cast<int>(ErrorNumber::ObjectExists));
         QCOMPARE(make({.name = "No", .keys = {{"Nothing"}}}), static_cast<int>(ErrorNumber::FieldNotFound));
         QVERIFY(m_folder->bytes(kPath) == before);
+    }
+
+    /// Ten columns, of eight types, rising and falling in turn; a row of nulls has no place in the index.
+    void widestIndex()
+    {
+        const std::vector<ColumnType> types{ColumnType::Byte,     ColumnType::Text,     ColumnType::Integer,
+                                            ColumnType::Long,     ColumnType::Currency, ColumnType::Single,
+                                            ColumnType::DateTime, ColumnType::Integer,  ColumnType::Double,
+                                            ColumnType::Text,     ColumnType::Long};
+        TableSpec spec{
+            .name = "Wide", .columns = {}, .indexes = {{.name = "All", .keys = {}, .ignoreNulls = true}}};
+        for (std::size_t i = 0; i < types.size(); ++i) {
+            const std::string name = "C" + std::to_string(i);
+            spec.columns.push_back({.name = name, .type = types[i], .size = 12});
+            spec.indexes[0].keys.push_back({name, i % 2 == 0});
+        }
+        QVERIFY(support::sentenceOf([&] { m_database->createTable(spec); }).contains(QLatin1String("10")));
+        spec.indexes[0].keys.pop_back();
+        Table &table = m_database->createTable(spec);
+        // Row i differs from the first one in column i alone, and is larger there.
+        const auto row = [](int larger) {
+            const auto at = [&](int column) { return column == larger ? 2 : 1; };
+            return Row{static_cast<std::uint8_t>(at(0)),
+                       std::string(1, static_cast<char>('a' + at(1))),
+                       static_cast<std::int16_t>(at(2)),
+                       at(3),
+                       Currency::fromRaw(at(4)),
+                       static_cast<float>(at(5)),
+                       Date::fromSerial(at(6)),
+                       static_cast<std::int16_t>(at(7)),
+                       static_cast<double>(at(8)),
+                       std::string(1, static_cast<char>('a' + at(9))),
+                       larger};
+        };
+        for (int larger = 0; larger <= 10; ++larger)
+            table.insert(row(larger));
+        Row nulls(types.size());
+        nulls[10] = 99;
+        table.insert(nulls);
+        const auto along = [&](const KeyRange &range) {
+            std::string order;
+            for (Cursor rows = table.along(0, range); rows.next();)
+                order += toText(rows.row().value(10)) + " ";
+            return order;
+        };
+        QCOMPARE(along({}), std::string("1 3 5 7 9 10 8 6 4 2 0 "));
+        Row wanted = row(9);
+        wanted.pop_back();
+        QCOMPARE(along(KeyRange::equal(wanted)), std::string("9 "));
     }
 
     void rangesAlongAnIndex_data()
@@ -399,26 +409,6 @@ private slots:
     }
 
 private:
-    void putDefault(const std::string &column, const std::string &expression)
-    {
-        const Bytes stored = Database::Impl::of(*m_database).codec.encode(expression);
-        putProperty("DefaultValue", {reinterpret_cast<const char *>(stored.data()), stored.size()}, 12,
-                    column);
-    }
-
-    /// Gives a column of table Parts a property, as Access stores it.
-    void putProperty(const std::string &property, const std::string &value, std::uint8_t type,
-                     const std::string &column = "Name")
-    {
-        Database::Impl &impl = Database::Impl::of(*m_database);
-        const CatalogueChange change(impl);
-        Table &objects = m_database->table("MSysObjects");
-        const Bytes blob =
-            propertyBlob(column, property, value, type, impl.codec, support::version() == Version::Jet3);
-        objects.update(impl.findObject("Parts")->row,
-                       Changes{{*objects.definition().findColumn("LvProp"), blob}});
-    }
-
     void damage(const QString &what)
     {
         Table::Impl &impl = Table::Impl::of(*m_table);
