@@ -31,19 +31,19 @@ std::string firstBytes(const std::string &file)
     const auto status = fs::status(file, error);
     if (status.type() == fs::file_type::not_found)
         throw FileError(ErrorNumber::FileNotFound, "The file " + file + " does not exist.");
-    const auto fail = [&](const std::string &reason) {
+    const auto stop = [&](const std::string &reason) {
         throw FileError(ErrorNumber::PathAccess, "The file " + file + " cannot be opened: " + reason + ".");
     };
     // Asked before it is opened: a pipe would wait for somebody at its other end.
     if (fs::is_directory(status))
-        fail("it is a folder");
+        stop("it is a folder");
     if (error)
-        fail(error.message());
+        stop(error.message());
     if (!fs::is_regular_file(status))
-        fail("it is no plain file");
+        stop("it is no plain file");
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
-        fail(std::strerror(errno));
+        stop(std::strerror(errno));
     std::array<char, 128> bytes{};
     stream.read(bytes.data(), bytes.size());
     return {bytes.data(), static_cast<std::size_t>(stream.gcount())};
