@@ -1,5 +1,7 @@
 #include "orders/movement_figures.h"
 
+#include "common/errors.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -57,26 +59,34 @@ void FieldSum::add(const FieldColumn &column, std::size_t row)
         m_floating += column.floats[row];
         return;
     }
-    // Written out where it is met a million times; what does not fit is left to the type that refuses it.
+    // Written out where it is met a million times.
     const std::int64_t scale = column.kind == FieldColumn::Kind::Whole ? Currency::kScale : 1;
     std::int64_t amount = 0;
     std::int64_t sum = 0;
     if (__builtin_mul_overflow(column.numbers[row], scale, &amount) ||
         __builtin_add_overflow(m_exact.raw(), amount, &sum)) {
-        m_exact +=
-            scale == 1 ? Currency::fromRaw(column.numbers[row]) : Currency::fromUnits(column.numbers[row]);
+        m_overflown = true;
         return;
     }
     m_exact = Currency::fromRaw(sum);
 }
 
+void FieldSum::requireFit() const
+{
+    if (m_overflown)
+        throw RunTimeError(ErrorNumber::Overflow, "Overflow: a sum is too large.");
+}
+
 Currency FieldSum::amount() const
 {
+    requireFit();
     return m_floating == 0 ? m_exact : Currency::fromDouble(m_floating) + m_exact;
 }
 
 Currency FieldSum::difference(const FieldSum &a, const FieldSum &b)
 {
+    a.requireFit();
+    b.requireFit();
     if (a.isNull() || b.isNull())
         return {};
     const double floating = a.m_floating - b.m_floating;

@@ -29,18 +29,23 @@ enum class MovementKind : std::uint8_t {
 class FieldSum
 {
 public:
-    /// Adds a field. Throws RunTimeError(Overflow).
+    /// Adds a field. A sum that does not fit any more fails when it is asked for, as that of a statement
+    /// does: most items of a database are never asked for.
     void add(const FieldColumn &column, std::size_t row);
     [[nodiscard]] bool isNull() const { return !m_any; }
     /// 0 when null. Throws RunTimeError(Overflow).
     [[nodiscard]] Currency amount() const;
-    /// One sum less another, as one expression of a statement: 0 when either is null.
+    /// One sum less another, as one expression of a statement: 0 when either is null. Throws
+    /// RunTimeError(Overflow).
     [[nodiscard]] static Currency difference(const FieldSum &a, const FieldSum &b);
 
 private:
+    void requireFit() const;
+
     Currency m_exact;      ///< whole numbers and currency
     double m_floating = 0; ///< columns of floating type, in the order of the rows
     bool m_any = false;
+    bool m_overflown = false;
 };
 
 /// The sums of one item over the movements of one database.

@@ -32,6 +32,10 @@ PeriodPass::PeriodPass(const Statistics &periods, const Session &session, const 
     if (own == count && m_exact)
         readMovements(conYear, m_ownYear);
     m_stock = own == count ? &m_ownYear : &m_databases[own];
+    // Its stock may have been read through a connection of the period, but a session without its year has
+    // none to show.
+    if (!m_items.empty())
+        static_cast<void>(conYear.engine());
 }
 
 void PeriodPass::countMovements(const data::Connection &database)
