@@ -36,8 +36,11 @@ std::string movementsText(std::int64_t count)
     return std::to_string(count) + (count == 1 ? " movement" : " movements");
 }
 
-std::string_view kindText(MovementKind kind)
+std::string_view kindText(MovementKind kind, bool inMaster)
 {
+    // The sum is joined with the item master of the same database.
+    if (!inMaster && (kind == MovementKind::Sale || kind == MovementKind::Outgoing))
+        return "left out: not in the item master there";
     switch (kind) {
     case MovementKind::NoForm:
         return "left out: no document";
@@ -57,6 +60,7 @@ struct Documents
     std::map<double, Tally> inPeriod; ///< by form
     Tally withoutForm;                ///< in the period
     Tally elsewhen;                   ///< outside the period, or without a date
+    bool inMaster = false;            ///< the item is in the master of the same database
 
     void appendTo(std::vector<ExplanationLine> &lines, const std::string &database) const
     {
@@ -66,8 +70,8 @@ struct Documents
                                  movementsText(tally.movements) + " " + std::string(note)});
         };
         for (const auto &[form, tally] : inPeriod)
-            line("document " + shortestText(form), tally, kindText(movementKind(form)));
-        line("no document", withoutForm, kindText(MovementKind::NoForm));
+            line("document " + shortestText(form), tally, kindText(movementKind(form), inMaster));
+        line("no document", withoutForm, kindText(MovementKind::NoForm, inMaster));
         line("outside the period", elsewhen, "left out");
     }
 };
@@ -180,6 +184,7 @@ void Explainer::lookInto(std::size_t database, const ProposalRequest &request, F
                      m_statistics.database(database));
     for (; !master.eof(); master.moveNext()) {
         findings.inMaster = true;
+        findings.documents.at(database).inMaster = true;
         const bool ofType = isOfType(request.period.type, master.field("Higher"));
         findings.ofType = findings.ofType || ofType;
         if (!findings.known)
