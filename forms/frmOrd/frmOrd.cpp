@@ -317,8 +317,9 @@ void frmOrd::showResult(const QString &line)
 
 void frmOrd::pauseFor(Currency seconds)
 {
-    m_pausing = true;
-    const auto done = qScopeGuard([this] { m_pausing = false; });
+    constexpr double kSecondsPerDay = 86'400;
+    m_pauseEnd = Date::fromSerial(m_context.clock.now().serial() + seconds.toDouble() / kSecondsPerDay);
+    const auto done = qScopeGuard([this] { m_pauseEnd.reset(); });
     Wait_Secs(m_context.clock, seconds);
 }
 
@@ -335,8 +336,8 @@ void frmOrd::closeEvent(QCloseEvent *event)
     if (m_busy) {
         showResult(tr("Please wait: the window can be closed when this work is done."));
         event->ignore();
-        // A pause that crosses midnight never ends; the user must not be held in it.
-        if (m_pausing)
+        // A pause that crosses midnight never ends; the user must not be held in one that ought to be over.
+        if (m_pauseEnd && m_context.clock.now() > *m_pauseEnd)
             cmdExit_Click();
         return;
     }

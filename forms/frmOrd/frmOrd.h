@@ -166,7 +166,7 @@ private:
     int m_whyRow = 0;               ///< the row that was current last
     QPointer<PaperPreview> m_paper; ///< the print file as paper, while it is shown
     bool m_busy = false;
-    bool m_pausing = false;
+    std::optional<Date> m_pauseEnd; ///< while a pause lasts: when it ought to be over
 
     /// The line that P_Delete took out last, until the grid is filled or emptied anew.
     struct RemovedLine

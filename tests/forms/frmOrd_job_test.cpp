@@ -218,6 +218,9 @@ void frmOrdJobTest::anErrorInTheFillLeavesTheButtonDisabled()
     desk.control<QAbstractButton>("cmdView")->click();
     QCOMPARE(desk.dialogs.errors, QList<int>({static_cast<int>(ErrorNumber::ObjectClosed)}));
     QVERIFY(!desk.control("cmdView")->isEnabled());
+    QCOMPARE(QString::fromStdString(desk.dialogs.lastConsequence),
+             QStringLiteral("No order was changed, and the average stock was not filled. To fill it, start "
+                            "the program again."));
     // The form itself stays usable: the pointer is back, keys work.
     QVERIFY(!QApplication::overrideCursor());
     desk.press(Qt::Key_F3);

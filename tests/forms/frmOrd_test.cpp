@@ -38,6 +38,7 @@ private slots:
     void leavingRemovesTheDataSources();
     void anUnopenedYearShowsAnErrorAtEveryAction();
     void aFailedSaveSaysWhatIsStored();
+    void closingIsRefusedWhileTheFillRuns();
     void aPauseOverMidnightIsLeftByClosing();
     void everyControlIsNamedAndEveryMnemonicIsItsOwn();
     void tabGoesInTheOrderOfWork();
@@ -426,6 +427,26 @@ void frmOrdTest::aFailedSaveSaysWhatIsStored()
     QCOMPARE(desk.dialogs.errors, QList<int>{static_cast<int>(ErrorNumber::ObjectClosed)});
     QVERIFY(QString::fromStdString(desk.dialogs.lastConsequence).contains(QStringLiteral("only in part")));
     QCOMPARE(desk.cell(1, orders::kColPartNo), QStringLiteral("CLT-100")); // nothing is lost on the screen
+}
+
+void frmOrdTest::closingIsRefusedWhileTheFillRuns()
+{
+    OrderDesk desk;
+    desk.open();
+    QString answer;
+    Qt::CursorShape pointer = Qt::ArrowCursor;
+    desk.clock.duringPause = [&] {
+        desk.form->close();
+        answer = desk.text("lblResult");
+        pointer = QApplication::overrideCursor() ? QApplication::overrideCursor()->shape() : pointer;
+    };
+    desk.dialogs.answers << true;
+    desk.control<QAbstractButton>("cmdView")->click();
+    QCOMPARE(answer, QStringLiteral("Please wait: the window can be closed when this work is done."));
+    QCOMPARE(pointer, Qt::WaitCursor);
+    QVERIFY(desk.form->isVisible() && !desk.shell.ended() && !QApplication::overrideCursor());
+    QVERIFY(data::dataSourceFile("VELK_OTH_MAIN"));
+    QVERIFY2(desk.text("lblResult").contains(QStringLiteral(" proposed, value ")), "the run went on");
 }
 
 void frmOrdTest::aPauseOverMidnightIsLeftByClosing()
