@@ -8,6 +8,9 @@
 
 namespace fs = std::filesystem;
 
+using Harm = void (*)(const std::string &);
+Q_DECLARE_METATYPE(Harm)
+
 namespace {
 
 struct Outcome
@@ -141,7 +144,6 @@ void SetupTest::aServerThatIsNotThereIsRefused()
 
 void SetupTest::whatIsMissingIsNamed_data()
 {
-    using Harm = void (*)(const std::string &);
     QTest::addColumn<Harm>("harm"); // gets the dealership's folder
     QTest::addColumn<QString>("named");
     const auto row = [](const char *name, Harm harm, const char *named) {
@@ -187,7 +189,6 @@ void SetupTest::whatIsMissingIsNamed_data()
 
 void SetupTest::whatIsMissingIsNamed()
 {
-    using Harm = void (*)(const std::string &);
     QFETCH(Harm, harm);
     QFETCH(QString, named);
     harm(m_dealer->folder());
@@ -197,6 +198,5 @@ void SetupTest::whatIsMissingIsNamed()
     QVERIFY2(!wanting.filter(named).isEmpty(), qPrintable(outcome.text));
 }
 
-Q_DECLARE_METATYPE(void (*)(const std::string &))
 QTEST_GUILESS_MAIN(SetupTest)
 #include "setup_test.moc"
