@@ -3,6 +3,8 @@
 #include "tests/jet/crash_disk.h"
 #include "tests/jet/jet_support.h"
 
+#include <QTemporaryDir>
+
 using namespace jet;
 
 namespace {
@@ -63,6 +65,11 @@ void saveOrder(Database &database)
     for (int number = 1; number <= 30; ++number)
         table.insert(line(3, number, "changed " + std::to_string(number * 53 % 97)));
     scope.commit();
+}
+
+void addOneLine(Database &database)
+{
+    database.table("Lines").insert(line(9, 1, "added"));
 }
 
 [[nodiscard]] QByteArray rowsOf(Database &database, const char *name)
@@ -244,11 +251,7 @@ private slots:
     /// A power cut can bring back the journal of a change that was done.
     void oldJournalComesBack()
     {
-        const FileBytes journal = filesAtLast([](const Files &files) {
-                                      const auto found = files.find(kJournal);
-                                      return found != files.end() && !found->second.empty() &&
-                                             found->second.front() == std::byte{'P'};
-                                  }).at(kJournal);
+        const FileBytes journal = filesAtLast(m_before, saveOrder, hasJournal).at(kJournal);
         CrashDisk disk(m_before);
         const auto database = Database::open(kPath, {}, disk);
         saveOrder(*database);
@@ -262,6 +265,66 @@ private slots:
             QCOMPARE(rowsOf(*reopened, "Lines"), rowsOf(*database, "Lines"));
             QCOMPARE(support::problems(*reopened), QByteArray());
         }
+    }
+
+    /// Whatever a journal has become: a change is finished or taken for nothing, or a sentence says why the
+    /// file was left alone. Cut short at each byte of its head and many behind it, some bytes changed, of a
+    /// later version, another file's.
+    void damagedJournals()
+    {
+        const Files halfDone = halfDoneFiles(addOneLine, 1);
+        CrashDisk whole(halfDone);
+        const QByteArray finished = rowsOf(*Database::open(kPath, {}, whole), "Lines");
+        QVERIFY(finished != m_oldLines && finished.contains("|added|"));
+        const FileBytes &journal = halfDone.at(kJournal);
+        MemoryFolder folder;
+        int states[3] = {};
+        const auto open = [&](const FileBytes &damaged) {
+            folder.put(kPath, halfDone.at(kPath));
+            folder.put(kJournal, damaged);
+            ++states[static_cast<int>(afterDamage(folder, halfDone.at(kPath), finished))];
+        };
+
+        for (std::size_t size = 0; size < journal.size() && !QTest::currentTestFailed();
+             size += size < 1100 ? 1 : 61)
+            open(FileBytes(journal.begin(), journal.begin() + static_cast<std::ptrdiff_t>(size)));
+        std::minstd_rand random(11);
+        for (int round = 0; round < 300 && !QTest::currentTestFailed(); ++round) {
+            FileBytes damaged = journal;
+            for (auto flips = 1 + random() % 3; flips > 0; --flips)
+                damaged[random() % (round % 2 == 0 ? 100 : damaged.size())] ^=
+                    static_cast<std::byte>(1 + random() % 255);
+            open(damaged);
+        }
+        QCOMPARE(states[static_cast<int>(Fate::Finished)], 0);
+        QCOMPARE(states[static_cast<int>(Fate::Refused)], 0);
+
+        FileBytes longer = journal;
+        longer.resize(longer.size() + 5000, std::byte{'x'});
+        open(longer); // from a longer journal before
+        QCOMPARE(states[static_cast<int>(Fate::Finished)], 1);
+        const Version other = support::version() == Version::Jet3 ? Version::Jet4 : Version::Jet3;
+        for (const Files &foreign : {orderDatabase(support::version()), orderDatabase(other)})
+            open(filesAtLast(foreign, saveOrder, hasJournal).at(kJournal));
+        QVERIFY(!QTest::currentTestFailed());
+    }
+
+    /// A journal that cannot be read may be needed: nobody goes on without it.
+    void unreadableJournal()
+    {
+        const QTemporaryDir folder;
+        const std::string path = folder.filePath(QString::fromStdString(kPath)).toStdString();
+        const Files halfDone = halfDoneFiles(addOneLine, 1);
+        const FileBytes &bytes = halfDone.at(kPath);
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        QVERIFY(QDir().mkdir(QString::fromStdString(path + ".journal")));
+        for (const bool readOnly : {false, true}) {
+            const QString said =
+                support::sentenceOf([&] { static_cast<void>(Database::open(path, {.readOnly = readOnly})); });
+            QVERIFY2(said.contains(QString::fromStdString(path + ".journal")), qPrintable(said));
+        }
+        QVERIFY(support::readFile(QString::fromStdString(path)) == bytes);
     }
 
     /// On a medium that cannot be written, or in a folder that takes no lock file, a file can be read.
@@ -325,16 +388,40 @@ private:
         return lines == m_oldLines ? State::Old : State::New;
     }
 
-    /// The files of the last moment of saving at which they are as wished.
+    enum class Fate { Finished, LeftAlone, Refused };
+
+    /// What comes of a change half done whose journal was damaged.
+    [[nodiscard]] Fate afterDamage(MemoryFolder &folder, const FileBytes &before, const QByteArray &finished)
+    {
+        Fate fate = Fate::Refused;
+        const QString said = support::sentenceOf([&] {
+            const auto database = Database::open(kPath, {}, folder);
+            const int error = support::errorOf([&] { addOneLine(*database); });
+            fate = database->isReadOnly() ? Fate::LeftAlone : Fate::Finished;
+            if (fate == Fate::LeftAlone && error != static_cast<int>(ErrorNumber::TableReadOnly))
+                QTest::qFail("a file that is half changed was changed", __FILE__, __LINE__);
+            if (fate == Fate::Finished && rowsOf(*database, "Lines") != finished)
+                QTest::qFail("the change was not finished", __FILE__, __LINE__);
+        });
+        if (fate == Fate::Refused && said.isEmpty())
+            QTest::qFail("refused without a sentence", __FILE__, __LINE__);
+        if (fate != Fate::Finished && folder.bytes(kPath) != before)
+            QTest::qFail("the file was changed", __FILE__, __LINE__);
+        return fate;
+    }
+
+    using Change = void (*)(Database &);
+
+    /// The files of the last moment of a change at which they are as wished.
     template <class Wished>
-    [[nodiscard]] Files filesAtLast(Wished wished) const
+    [[nodiscard]] static Files filesAtLast(const Files &before, Change change, Wished wished)
     {
         Files found;
         bool completed = false;
         for (int operation = 0; !completed; ++operation) {
-            CrashDisk disk(m_before);
-            disk.fault = {DiskFault::Kind::ForGood, operation};
-            attempt([&] { saveOrder(*Database::open(kPath, {}, disk)); });
+            CrashDisk disk(before);
+            disk.fault = {DiskFault::Kind::ForGood, operation, true};
+            attempt([&] { change(*Database::open(kPath, {}, disk)); });
             completed = !disk.hasFailed();
             if (Files files = disk.afterKill(); wished(files))
                 found = std::move(files);
@@ -342,17 +429,23 @@ private:
         return found;
     }
 
+    [[nodiscard]] static bool hasJournal(const Files &files)
+    {
+        const auto found = files.find(kJournal);
+        return found != files.end() && !found->second.empty() && found->second.front() == std::byte{'P'};
+    }
+
     /// The files of a process that was killed with some of its pages written.
-    [[nodiscard]] Files halfDoneFiles() const
+    [[nodiscard]] Files halfDoneFiles(Change change = saveOrder, int leastPages = 3) const
     {
         const std::size_t marks = support::version() == Version::Jet3 ? 0x600 : 0xE00;
-        const int all = changedPages(filesAtLast([](const Files &) { return true; }));
-        const Files files = filesAtLast([&](const Files &there) {
+        const int all = changedPages(filesAtLast(m_before, change, [](const Files &) { return true; }));
+        const Files files = filesAtLast(m_before, change, [&](const Files &there) {
             const FileBytes &bytes = there.at(kPath);
             return bytes[marks + 2] == std::byte{0} && bytes[marks + 3] == std::byte{0} &&
                    changedPages(there) <= all / 2 + 1;
         });
-        if (all < 6 || changedPages(files) < 3)
+        if (all < 2 * leastPages || changedPages(files) < leastPages)
             QTest::qFail("no moment in the middle was found", __FILE__, __LINE__);
         return files;
     }
