@@ -260,14 +260,19 @@ private slots:
     void wideTable()
     {
         TableSpec spec{.name = "Größe 1", .columns = {}, .indexes = {}};
-        for (int i = 0; i < 200; ++i)
+        constexpr int kColumns = 255;
+        for (int i = 0; i <= kColumns; ++i)
             spec.columns.push_back(
                 {.name = "Column with a long name " + std::to_string(i), .type = ColumnType::Long});
-        spec.indexes = {{.name = "PrimaryKey", .keys = {{"Column with a long name 199"}}, .primary = true}};
+        QVERIFY(support::sentenceOf([&] {
+                    m_database->createTable(spec);
+                }).contains(QLatin1String("1 to 255 fields")));
+        spec.columns.pop_back();
+        spec.indexes = {{.name = "PrimaryKey", .keys = {{"Column with a long name 254"}}, .primary = true}};
         Table &table = m_database->createTable(spec);
         Row row;
         QStringList cells;
-        for (int i = 0; i < 200; ++i) {
+        for (int i = 0; i < kColumns; ++i) {
             row.emplace_back(i - 100);
             cells.append(QString::number(i - 100));
         }
