@@ -39,6 +39,9 @@ public:
     void end() override;
     [[nodiscard]] std::unique_ptr<SpreadsheetApplication> create() override;
 
+    /// From the next request on.
+    void setPatience(std::chrono::milliseconds patience) { m_settings.patience = patience; }
+
     /// Throws AppError(SpreadsheetProgram) with the package's name when there is no LibreOffice Calc.
     void requireInstalled() const;
 

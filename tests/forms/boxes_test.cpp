@@ -5,8 +5,10 @@
 #include "common/ui/qt_shell.h"
 #include "tests/support/in_modal.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QClipboard>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -152,6 +154,28 @@ void BoxesTest::fileBoxesAskForAName()
             QCOMPARE(box.nameFilters().size(), 2);
             box.selectFile(file.fileName());
             QMetaObject::invokeMethod(&box, "accept");
+        });
+    QCOMPARE(path, file.fileName().toStdString());
+    // What the first entry hides, the second shows; all of it by mouse and keyboard.
+    QVERIFY(file.rename(folder.filePath(u"order.ods"_s)));
+    inModal<QFileDialog>(
+        [&] {
+            path = m_dialogs.openFile({"(*.xls)|*.xls", "All spreadsheets|*.xls *.xlsx *.ods"});
+        },
+        [&](QFileDialog &box) {
+            box.setDirectory(folder.path());
+            auto *files = box.findChild<QAbstractItemView *>(u"listView"_s);
+            auto *entries = box.findChild<QComboBox *>(u"fileTypeCombo"_s);
+            const auto shown = [&] { return files->model()->rowCount(files->rootIndex()); };
+            QCOMPARE(entries->currentText(), u"(*.xls)"_s);
+            QTRY_COMPARE(files->rootIndex().data().toString(), QFileInfo(folder.path()).fileName());
+            QTRY_COMPARE(shown(), 0);
+            QTest::keyClick(entries, Qt::Key_Down);
+            QCOMPARE(entries->currentText(), u"All spreadsheets (*.xls *.xlsx *.ods)"_s);
+            QTRY_COMPARE(shown(), 1);
+            const QModelIndex order = files->model()->index(0, 0, files->rootIndex());
+            QTest::mouseClick(files->viewport(), Qt::LeftButton, {}, files->visualRect(order).center());
+            QTest::keyClick(&box, Qt::Key_Return);
         });
     QCOMPARE(path, file.fileName().toStdString());
     inModal<QFileDialog>([&] { path = m_dialogs.openFile({"(*.xls)|*.xls"}); },

@@ -32,6 +32,7 @@ private slots:
     void namesFileAndReason();
     void exportsLinesInTheirOrder();
     void exportSaysWhatIsMissing();
+    void rowsAreCountedIn16Bits();
 
 private:
     struct Imported
@@ -54,6 +55,8 @@ private:
 namespace {
 
 constexpr int kKnownParts = 3000;
+constexpr int kMostLinesOrder = 90; ///< as many lines as an export holds; the next order has one more
+constexpr int kMostLines = 32'766;
 
 QString code(int number)
 {
@@ -98,6 +101,55 @@ QByteArray contents(const QString &file)
     return in.open(QFile::ReadOnly) ? in.readAll() : QByteArray();
 }
 
+/// Remembers the last row that was written and whether the workbook was saved.
+class RowCounter : public Spreadsheets
+{
+public:
+    void prepare() override {}
+    void end() override {}
+    std::unique_ptr<SpreadsheetApplication> create() override { return std::make_unique<Application>(*this); }
+
+    int lastRow = 0;
+    bool saved = false;
+
+private:
+    struct Sheet : Worksheet
+    {
+        explicit Sheet(RowCounter &owner)
+            : counter(owner)
+        {}
+        CellBlock read(int, int, int, int) override { return {}; }
+        void write(int row, int, const CellBlock &block) override
+        {
+            counter.lastRow = row + block.rows() - 1;
+        }
+        RowCounter &counter;
+    };
+    struct Book : Workbook
+    {
+        explicit Book(RowCounter &owner)
+            : counter(owner)
+        {}
+        std::unique_ptr<Worksheet> worksheet(const std::string &) override
+        {
+            return std::make_unique<Sheet>(counter);
+        }
+        void save() override { counter.saved = true; }
+        RowCounter &counter;
+    };
+    struct Application : SpreadsheetApplication
+    {
+        explicit Application(RowCounter &owner)
+            : counter(owner)
+        {}
+        std::unique_ptr<Workbook> open(const std::string &, Access) override
+        {
+            return std::make_unique<Book>(counter);
+        }
+        RowCounter &counter;
+    };
+};
+
 QString sentenceOf(const std::function<void()> &act)
 {
     try {
@@ -131,6 +183,10 @@ void SheetFilesTest::initTestCase()
     line(3, 9002, {{"Qty", 2}});
     line(1, 9001, {{"Qty", 4}, {"Moq", 0.5}});
     line(2, 5, {{"Moq", 10}});
+    for (int order = kMostLinesOrder; order <= kMostLinesOrder + 1; ++order) {
+        for (int serial = 1; serial <= kMostLines + order - kMostLinesOrder; ++serial)
+            year.row("Stock_OrdSub", {{"StkOrdNo", order}, {"Slno", serial}, {"ItemCode", 1}});
+    }
     for (const char *folder : {"/server/FlashFrm", "/server/StkOrder"})
         std::filesystem::create_directories(m_dealer.folder() + folder);
     m_dealer.connect("Y26");
@@ -346,6 +402,25 @@ void SheetFilesTest::exportSaysWhatIsMissing()
     // An order without lines is a copy of the template.
     QVERIFY(QFile::remove(folder + QStringLiteral(".~lock.ORNo_26_05-Apr-05.xls#")));
     QCOMPARE(sentence(), QString());
+}
+
+void SheetFilesTest::rowsAreCountedIn16Bits()
+{
+    RowCounter sheets;
+    const auto exported = [&](int order) {
+        exportOrder(sheets, m_dealer.conYear, "/any.xls", order, [](std::int64_t, std::int64_t) {});
+    };
+    exported(kMostLinesOrder);
+    QCOMPARE(sheets.lastRow, 32'767);
+    QVERIFY(std::exchange(sheets.saved, false));
+    ErrorNumber number{};
+    try {
+        exported(kMostLinesOrder + 1);
+    } catch (const AppError &error) {
+        number = error.number();
+    }
+    QCOMPARE(number, ErrorNumber::Overflow);
+    QVERIFY(!sheets.saved);
 }
 
 QTEST_GUILESS_MAIN(SheetFilesTest)
