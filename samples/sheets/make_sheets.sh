@@ -5,7 +5,7 @@ set -eu
 cd "$(dirname "$0")"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-amount_rows=121 # more would print as empty pages; the totals reach further
+amount_rows=181 # two printed pages, and more would print as empty ones; the totals reach further
 last_row=2000
 
 head() {
