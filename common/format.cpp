@@ -152,6 +152,8 @@ bool equalNoCase(std::string_view a, std::string_view b)
 {
     if (a.size() != b.size())
         return false;
+    if (a == b)
+        return true;
     std::size_t atA = 0;
     std::size_t atB = 0;
     while (atA < a.size() && atB < b.size()) {
