@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
 #include <QMessageBox>
 
 namespace ui {
@@ -49,6 +50,17 @@ QWidget *asker()
     return nullptr;
 }
 
+/// Keeps a box with few words from being tiny. Not by the width of its label: that would be taken for the
+/// width of the text, and a long text would be cut instead of wrapped.
+void widen(QMessageBox &box)
+{
+    constexpr int kCharacters = 36;
+    if (auto *grid = qobject_cast<QGridLayout *>(box.layout())) {
+        const int width = box.fontMetrics().averageCharWidth() * kCharacters;
+        grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+    }
+}
+
 /// Shows a box and gives the button that ended it.
 int show(const char *name, const QString &text, QMessageBox::Icon icon, const QString &title,
          QMessageBox::StandardButtons buttons)
@@ -64,6 +76,7 @@ int show(const char *name, const QString &text, QMessageBox::Icon icon, const QS
         box.setDefaultButton(QMessageBox::Yes);
         box.setEscapeButton(QMessageBox::No);
     }
+    widen(box);
     return box.exec();
 }
 
@@ -139,7 +152,9 @@ void QtDialogs::runTimeError(const AppError &error)
 {
     if (m_shell.ended())
         return;
-    ErrorBox(error, titleText(Title::Product), asker()).exec();
+    ErrorBox box(error, titleText(Title::Product), asker());
+    widen(box);
+    box.exec();
 }
 
 } // namespace ui

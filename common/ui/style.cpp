@@ -20,6 +20,8 @@ constexpr QRgb kBase = qRgb(0xFF, 0xFF, 0xFF);
 constexpr QRgb kStripe = qRgb(0xF4, 0xF8, 0xFA);
 constexpr QRgb kText = qRgb(0x1F, 0x23, 0x26);
 constexpr QRgb kFaint = qRgb(0x8A, 0x90, 0x95);
+/// What cannot be changed but is read all day, such as the number of a new order.
+constexpr QRgb kQuiet = qRgb(0x50, 0x57, 0x5C);
 constexpr QRgb kButton = qRgb(0xE9, 0xEC, 0xEE);
 constexpr QRgb kAccent = qRgb(0x1F, 0x5F, 0x7A);
 constexpr QRgb kOnAccent = qRgb(0xFF, 0xFF, 0xFF);
@@ -37,14 +39,15 @@ QPalette lightPalette()
     palette.setColor(QPalette::Text, kText);
     palette.setColor(QPalette::Button, kButton);
     palette.setColor(QPalette::ButtonText, kText);
-    palette.setColor(QPalette::PlaceholderText, kFaint);
+    palette.setColor(QPalette::PlaceholderText, kQuiet);
     palette.setColor(QPalette::Highlight, kAccent);
     palette.setColor(QPalette::HighlightedText, kOnAccent);
     palette.setColor(QPalette::Link, kAccent);
     palette.setColor(QPalette::ToolTipBase, kHint);
     palette.setColor(QPalette::ToolTipText, kText);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, kFaint);
+    palette.setColor(QPalette::Disabled, QPalette::Text, kQuiet);
     palette.setColor(QPalette::Disabled, QPalette::Base, kWindow);
     return palette;
 }
@@ -63,7 +66,6 @@ QTableView:focus { border: 2px solid #1f5f7a; }
 QToolTip { padding: 3px; }
 QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }
 QLineEdit { lineedit-password-character: 42; }
-QMessageBox QLabel#qt_msgbox_label { min-width: 18em; }
 )";
 
 /// A white sign on a disc, as message boxes show it.

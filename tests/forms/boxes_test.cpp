@@ -3,6 +3,7 @@
 #include "common/ui/preview_window.h"
 #include "common/ui/qt_dialogs.h"
 #include "common/ui/qt_shell.h"
+#include "common/ui/style.h"
 #include "tests/support/in_modal.h"
 
 #include <QAbstractItemView>
@@ -86,6 +87,22 @@ void BoxesTest::titlesAndIcons()
 
 void BoxesTest::errorShowsNumberAndSentence()
 {
+    ui::applyStyle(*qApp);
+    const auto isWhole = [](const QMessageBox &box) {
+        const auto *label = box.findChild<QLabel *>(u"qt_msgbox_label"_s);
+        return label->wordWrap() ? label->heightForWidth(label->width()) <= label->height()
+                                 : label->sizeHint().width() <= label->width();
+    };
+    const std::string path(150, 'x');
+    inModal<QMessageBox>(
+        [&] {
+            m_dialogs.runTimeError(
+                AppError(ErrorNumber::FileNotFound, "There is no file of that name: " + path));
+        },
+        [&](QMessageBox &box) { QVERIFY(isWhole(box)); });
+    inModal<QMessageBox>(
+        [&] { m_dialogs.notice("Many words " + path, Dialogs::Icon::None, Dialogs::Title::Product); },
+        [&](QMessageBox &box) { QVERIFY(isWhole(box)); });
     AppError error(ErrorNumber::DiskFull, "The disk is full.");
     error.addDetail("File", "/srv/Y26.mdb");
     error.addDetail("Table", "");
