@@ -16,6 +16,7 @@ constexpr double kCellPadding = 1.4;
 /// Height of a row in heights of the text.
 constexpr double kRowHeight = 1.5;
 constexpr int kEnter = 13;
+constexpr QRgb kQuietMark = qRgb(0xC4, 0xDD, 0xE7);
 
 } // namespace
 
@@ -134,6 +135,7 @@ void GridView::resizeEvent(QResizeEvent *event)
 {
     QTableView::resizeEvent(event);
     layOutColumns();
+    emit resized();
 }
 
 void GridView::changeEvent(QEvent *event)
@@ -147,6 +149,17 @@ void GridView::scrollContentsBy(int dx, int dy)
 {
     QTableView::scrollContentsBy(dx, dy);
     emit scrolled();
+}
+
+/// A current cell without the focus is marked quietly: the dark mark says where the next key goes. Rows keep
+/// theirs; it shows what Enter would take while the search text is being typed.
+void GridView::initViewItemOption(QStyleOptionViewItem *option) const
+{
+    QTableView::initViewItemOption(option);
+    if (selectionBehavior() == SelectRows || hasFocus())
+        return;
+    option->palette.setColor(QPalette::Highlight, kQuietMark);
+    option->palette.setColor(QPalette::HighlightedText, palette().color(QPalette::Text));
 }
 
 int GridView::naturalWidth(int column) const

@@ -52,6 +52,8 @@ signals:
     void keyPressed(int character);
     /// The contents moved under the viewport.
     void scrolled();
+    /// The view got another size, its columns are laid out for it.
+    void resized();
 
 protected:
     void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
@@ -62,6 +64,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void initViewItemOption(QStyleOptionViewItem *option) const override;
 
 private:
     void followGrid(int row, int column);
