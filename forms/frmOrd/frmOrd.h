@@ -89,6 +89,7 @@ private:
     void fgList_Click(int row, int column);
     void fgList_MouseDown(int row, int column);
     void fgList_Scroll();
+    void followResize();
     void fgList_GotFocus();
     void Timer1_Timer();
     void txtItem_Change();

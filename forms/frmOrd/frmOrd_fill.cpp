@@ -61,7 +61,7 @@ void frmOrd::fillAll()
 
     const double seconds = static_cast<double>(analysed + watch.elapsed()) / 1000; // the pause is not work
     showResult(
-        tr("%1 parts looked at, %2 proposed, value %3; %4 seconds")
+        tr("%1 parts looked at, %2 proposed, value %3, in %4 s")
             .arg(summary.examined)
             .arg(summary.proposed)
             .arg(QString::fromStdString(Format_Num(summary.value, 2, BlankIfZero::No, Grouping::Indian)))

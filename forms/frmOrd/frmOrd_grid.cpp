@@ -68,6 +68,7 @@ void frmOrd::connectGrid()
     // The positions of the bars, not every paint of the view: only then the cell moves away.
     for (QScrollBar *bar : {m_ui->fgList->horizontalScrollBar(), m_ui->fgList->verticalScrollBar()})
         ui::on(bar, &QScrollBar::valueChanged, this, &frmOrd::fgList_Scroll);
+    ui::on(m_ui->fgList, &GridView::resized, this, &frmOrd::followResize);
     connect(m_ui->fgList->horizontalHeader(), &QHeaderView::sectionResized, this,
             [this] { Move_Grid(m_ui->txtItem); });
     m_gridFocus.setSingleShot(true);
@@ -165,6 +166,19 @@ void frmOrd::showLineMenu(QMenu *menu, const QPoint &globalPlace)
 void frmOrd::fgList_Scroll()
 {
     hideEditor();
+}
+
+/// The grid became larger or smaller: the cell that is being edited stays in sight, its editor over it.
+void frmOrd::followResize()
+{
+    if (!m_ui->txtItem->isVisible())
+        return;
+    const bool hadFocus = m_ui->txtItem->hasFocus();
+    m_ui->fgList->scrollTo(m_ui->fgList->currentIndex());
+    Move_Grid(m_ui->txtItem);
+    m_ui->txtItem->show(); // The way there may have hidden it.
+    if (hadFocus)
+        m_ui->txtItem->setFocus();
 }
 
 /// Lays the editor over the current cell, its grid lines left free.
@@ -337,15 +351,20 @@ void frmOrd::Display_Item()
     fgList_EnterCell();
 }
 
-/// Keys that take a whole line out or put it back, in the grid and in its editor.
+/// Keys for whole lines, in the grid and in its editor: take one out, put it back, go to the first or last.
 bool frmOrd::lineKey(const QKeyEvent &key)
 {
-    if (isRemoveKey(key))
+    if (isRemoveKey(key)) {
         P_Delete();
-    else if (isPutBackKey(key))
+    } else if (isPutBackKey(key)) {
         putLineBack();
-    else
+    } else if (key.modifiers() == Qt::ControlModifier &&
+               (key.key() == Qt::Key_Home || key.key() == Qt::Key_End)) {
+        m_lines.setCurrent(key.key() == Qt::Key_Home ? 1 : m_lines.rows() - 1, kColPartNo);
+        fgList_EnterCell();
+    } else {
         return false;
+    }
     return true;
 }
 

@@ -12,6 +12,8 @@
 #include "output/print_order.h"
 #include "output/text_printer.h"
 
+#include <QScopeGuard>
+
 namespace {
 
 double numberIn(const QLineEdit *box)
@@ -97,6 +99,13 @@ void frmOrd::Print_Form()
     request.order = static_cast<output::PrintOrder>(m_ui->cmbOrder->selectedData().value_or(0));
     request.rates = m_ui->chkRat->isChecked();
     context.showPaper = [this] { paper().showBeside(*this); };
+    // Paper that came up for the question goes with it: it would lie over the form, and the keys go to the
+    // form.
+    const bool wasShown = m_paper && m_paper->isVisible();
+    const auto questionAnswered = qScopeGuard([&] {
+        if (m_paper && !wasShown)
+            m_paper->close();
+    });
     withConsequence(
         ui::typed(tr("The stored order is not affected, but it was not printed, or not whole. Put the "
                      "cause right, load the order by its number and print it again.")),

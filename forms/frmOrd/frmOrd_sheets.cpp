@@ -4,6 +4,7 @@
 #include "common/numbers.h"
 #include "common/ui/text.h"
 #include "common/ui/waiting.h"
+#include "data/paths.h"
 #include "forms/frmOrd/frmOrd_busy.h"
 #include "forms/frmOrd/frmOrd_ui.h"
 #include "orders/import.h"
@@ -42,6 +43,7 @@ void frmOrd::Export_Excel()
         output::exportOrder(spreadsheets(), m_context.connections.conYear, file, leadingNumber(number),
                             [this](std::int64_t done, std::int64_t total) { showLinesDone(done, total); });
     }
+    showResult(tr("Written to %1").arg(ui::shown(data::localPath(file))));
     dialogs().notice(ui::typed(tr("Successfully Exported")));
     m_ui->cmdXls->setEnabled(true);
 }

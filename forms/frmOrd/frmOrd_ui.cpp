@@ -160,7 +160,7 @@ void frmOrdUi::createActions()
     lblResult->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
 
     fmAmt = create<QFrame>("fmAmt", Pic);
-    lblNetTotal = create<QLabel>("lblNetTotal", fmAmt);
+    lblNetTotal = create<QLabel>("lblNetTotal", fmAmt, QStringLiteral("0.00"));
     QFont large = lblNetTotal->font();
     large.setPointSizeF(large.pointSizeF() * 1.3);
     large.setBold(true);
@@ -172,6 +172,8 @@ void frmOrdUi::createActions()
     cmdXls = createButton("cmdXls", Pic, tr("&Export"));
     cmdWhy = createButton("cmdWhy", Pic, tr("Wh&y?"));
     cmdWhy->setCheckable(true);
+    // Opened by its key or a click, the panel leaves the focus with the lines that it explains.
+    cmdWhy->setFocusPolicy(Qt::TabFocus);
     fmSave = create<QFrame>("fmSave", Pic);
     CmdSave = createButton("CmdSave", fmSave, tr("&Save"));
     cmdExit = createButton("cmdExit", fmSave, tr("E&xit"));
@@ -302,7 +304,7 @@ QLayout *frmOrdUi::gridBand()
     inside->addWidget(createLabel(tr("Order &lines:"), fgList));
     auto *sideBySide = new QHBoxLayout;
     sideBySide->setSpacing(kBandMargin);
-    sideBySide->addWidget(fgList, 5);
+    sideBySide->addWidget(fgList, 4);
     sideBySide->addWidget(fmWhy, 3);
     inside->addLayout(sideBySide, 1);
     auto *band = new QVBoxLayout;
@@ -327,11 +329,7 @@ QLayout *frmOrdUi::printBand()
     band->addWidget(chkRat);
     band->addSpacing(kFieldGap);
     band->addWidget(cmdPaper);
-    band->addSpacing(kGroupGap);
-    // The two take turns in the same place: the work, then what it came to.
-    band->addWidget(Pb, 1);
-    band->addWidget(lblResult, 1);
-    band->addSpacing(kGroupGap);
+    band->addStretch(1);
     band->addWidget(fmAmt);
     return band;
 }
@@ -349,7 +347,11 @@ QLayout *frmOrdUi::actionBand()
     band->setSpacing(kFieldGap);
     for (QPushButton *button : {cmdWhy, cmdImp, cmdXls})
         band->addWidget(button);
-    band->addStretch(1);
+    band->addSpacing(kGroupGap);
+    // The two take turns in the same place: the work, then what it came to.
+    band->addWidget(Pb, 1);
+    band->addWidget(lblResult, 1);
+    band->addSpacing(kGroupGap);
     band->addWidget(fmSave);
     return band;
 }

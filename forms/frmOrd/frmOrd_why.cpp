@@ -3,6 +3,7 @@
 #include "common/ui/create.h"
 
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QVBoxLayout>
@@ -10,7 +11,7 @@
 namespace {
 
 constexpr const char *kFormat =
-    "<Step                                    |>Figure      |<Where from                      ";
+    "<Step                                 |>Figure     |<Where from                      ";
 constexpr int kGap = 6;
 
 } // namespace
@@ -28,6 +29,9 @@ WhyPanel::WhyPanel(QWidget *parent)
     m_words->setTextFormat(Qt::PlainText);
     m_view->setObjectName(QStringLiteral("fgWhy"));
     m_view->setStretchColumn(2);
+    // Where a figure comes from takes more than a line in a narrow window.
+    m_view->setWordWrap(true);
+    m_view->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_view->setAccessibleName(tr("Steps of the quantity"));
     m_view->setToolTip(tr("How the quantity of the current line is worked out, step by step"));
     m_figures.setFormatString(kFormat);

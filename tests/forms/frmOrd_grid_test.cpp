@@ -67,13 +67,22 @@ void frmOrdGridTest::keysMoveTheEditor()
         Cell from;
         Qt::Key key;
         Cell to;
+        Qt::KeyboardModifiers with{};
     };
     // Rows 1 to 3 hold lines, row 4 is the entry row.
     QList<Move> moves = {
-        {{2, 9}, Qt::Key_Up, {1, 9}},   {{1, 9}, Qt::Key_Up, {1, 9}},    {{2, 1}, Qt::Key_Down, {3, 1}},
-        {{3, 1}, Qt::Key_Down, {4, 1}}, {{4, 1}, Qt::Key_Down, {4, 1}},  {{2, 2}, Qt::Key_Left, {2, 1}},
-        {{2, 9}, Qt::Key_Left, {2, 2}}, {{2, 10}, Qt::Key_Left, {2, 9}}, {{2, 1}, Qt::Key_Left, {1, 10}},
+        {{2, 9}, Qt::Key_Up, {1, 9}},
+        {{1, 9}, Qt::Key_Up, {1, 9}},
+        {{2, 1}, Qt::Key_Down, {3, 1}},
+        {{3, 1}, Qt::Key_Down, {4, 1}},
+        {{4, 1}, Qt::Key_Down, {4, 1}},
+        {{2, 2}, Qt::Key_Left, {2, 1}},
+        {{2, 9}, Qt::Key_Left, {2, 2}},
+        {{2, 10}, Qt::Key_Left, {2, 9}},
+        {{2, 1}, Qt::Key_Left, {1, 10}},
         {{1, 1}, Qt::Key_Left, {1, 1}},
+        {{3, 9}, Qt::Key_Home, {1, 1}, Qt::ControlModifier},
+        {{2, 10}, Qt::Key_End, {4, 1}, Qt::ControlModifier},
     };
     for (const Qt::Key on : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Right}) {
         moves << Move{{2, 1}, on, {2, 2}} << Move{{2, 2}, on, {2, 9}} << Move{{1, 9}, on, {1, 10}}
@@ -84,7 +93,7 @@ void frmOrdGridTest::keysMoveTheEditor()
     desk.load("41");
     for (const Move &move : moves) {
         desk.enter(move.from.first, move.from.second);
-        desk.press(move.key);
+        desk.press(move.key, move.with);
         const QString tried = QStringLiteral("key %1 from %2, %3: at %4, %5")
                                   .arg(int(move.key), 0, 16)
                                   .arg(move.from.first)

@@ -113,6 +113,9 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     desk.press(Qt::Key_K, Qt::AltModifier);
     QTRY_COMPARE(desk.dialogs.shown.size(), 1); // there is no print file yet
     QVERIFY(desk.dialogs.takeShown().constFirst().contains(QStringLiteral("no print file yet")));
+    // The paper stands beside the question and does not stay behind over the form.
+    int pages = 0;
+    desk.dialogs.duringQuestion = [&] { pages = shownPaper() ? shownPaper()->view().pageCount() : 0; };
     desk.dialogs.answers << true << true << false;
     desk.press(Qt::Key_S, Qt::AltModifier);
     QTRY_COMPARE(desk.text("lblNetTotal"), QStringLiteral("0"));
@@ -126,9 +129,11 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     QVERIFY(desk.shell.started.empty());
     QCOMPARE(desk.text("txtOrdNo"), QStringLiteral("43"));
     QCOMPARE(desk.lines()->rowCount(), 1);
+    QCOMPARE(pages, 1);
+    QVERIFY(!shownPaper());
+    desk.press(Qt::Key_K, Qt::AltModifier);
+    QTRY_VERIFY(shownPaper());
     const QPointer<PaperPreview> paper = shownPaper();
-    QVERIFY(paper);
-    QCOMPARE(paper->view().pageCount(), 1);
 
     desk.form.reset();
     QVERIFY(!paper);
@@ -167,6 +172,12 @@ void frmOrdJobTest::thePanelExplainsTheLineAndTheMissingPart()
             desk.press(Qt::Key_Y, Qt::AltModifier);
         QTRY_VERIFY(panel->isVisible() && desk.text("lblWhy").startsWith(desk.cell(row, 1)));
         QCOMPARE(lastFigure(), desk.cell(row, kColQty));
+        // Next to the panel the grid is narrow: the cell stays in sight, its editor over it and ready to
+        // type.
+        const auto *grid = desk.control<QTableView>("fgList");
+        QTRY_COMPARE(desk.control("txtItem")->pos(), grid->visualRect(grid->currentIndex()).topLeft());
+        QVERIFY(grid->viewport()->rect().contains(desk.control("txtItem")->geometry()));
+        QCOMPARE(desk.focus(), QStringLiteral("txtItem"));
     }
     desk.press(Qt::Key_G, Qt::AltModifier);
     QTRY_COMPARE(desk.focus(), QStringLiteral("txtWhyPart"));

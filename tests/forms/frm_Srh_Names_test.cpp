@@ -157,6 +157,11 @@ void FrmSrhNamesTest::quoteShowsTheErrorAndTheFormStays()
 {
     QTest::keyClicks(name(), u"'"_s);
     QCOMPARE(m_station.dialogs.takeShown().size(), 1);
+    // What a support person asks for first comes from the data layer.
+    const QStringList &details = m_station.dialogs.lastDetails;
+    QCOMPARE(details.size(), 3);
+    QVERIFY2(details[0].startsWith(u"File: /"_s) && details[0].endsWith(u"/Y.mdb"_s), qPrintable(details[0]));
+    QCOMPARE(details.mid(1), (QStringList{u"Table: Mast_Ledgers"_s, u"Statement: SELECT"_s}));
     QTest::keyClick(name(), Qt::Key_Backspace);
     QCOMPARE(listed().size(), 4);
     QVERIFY(m_form->isVisible());

@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QTest>
 
+#include <functional>
+
 /// A question without an answer fails the test at once instead of leaving it hanging in front of a modal box
 /// that nobody can see.
 class ScriptedDialogs : public Dialogs
@@ -20,6 +22,8 @@ public:
     bool question(const std::string &text, Icon icon = Icon::Question, Title title = Title::Product) override
     {
         remember(text, icon, title);
+        if (duringQuestion)
+            duringQuestion();
         if (!answers.isEmpty())
             return answers.dequeue();
         QTest::qFail(("unexpected question: " + text).c_str(), __FILE__, __LINE__);
@@ -43,6 +47,9 @@ public:
     {
         errors << static_cast<int>(error.number());
         lastConsequence = error.consequence();
+        lastDetails.clear();
+        for (const AppError::Detail &detail : error.details())
+            lastDetails << QString::fromStdString(detail.label + ": " + detail.text);
         remember(error.what(), Icon::Critical, Title::Product);
     }
 
@@ -52,7 +59,9 @@ public:
     QQueue<bool> answers;
     QStringList shown;
     QList<int> errors;
-    std::string lastConsequence; ///< of the last error
+    std::string lastConsequence;          ///< of the last error
+    QStringList lastDetails;              ///< of the last error, "label: text"
+    std::function<void()> duringQuestion; ///< while a question is on the screen
     Icon lastIcon = Icon::None;
     Title lastTitle = Title::Product;
     std::string fileToOpen;
