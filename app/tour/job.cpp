@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
+#include <QPushButton>
 
 namespace tour {
 
@@ -43,6 +44,7 @@ std::vector<Step> Job::steps()
     lookAtKeys();
     chooseSupplier();
     propose();
+    explain();
     correct();
     saveAndPrint();
     lookForPart();
@@ -156,8 +158,21 @@ void Job::chooseSupplier()
            m_stage.expect(list->rowCount() > 2, QStringLiteral("The supplier search lists nobody."));
            m_record.supplier = list->index(list->rowCount() / 2, 0).data().toString();
            m_stage.picture(m_stage.window("frm_Srh_Names"), QStringLiteral("all-suppliers"));
-           m_stage.type(m_record.supplier.left(kSearchLetters).toLower());
+           m_stage.type(QStringLiteral("'"));
        });
+    on("runTimeError", QStringLiteral("   I hit a quote first. The error box says that nothing was changed."),
+       [this] {
+           for (QPushButton *button : m_stage.window("runTimeError")->findChildren<QPushButton *>()) {
+               if (button->text().contains(QLatin1String("Details")))
+                   button->click();
+           }
+           m_stage.picture(m_stage.window("runTimeError"), QStringLiteral("error"));
+           m_stage.press(Qt::Key_Escape);
+       });
+    on("frm_Srh_Names", QString(), [this] {
+        m_stage.press(Qt::Key_Backspace);
+        m_stage.type(m_record.supplier.left(kSearchLetters).toLower());
+    });
     on("frm_Srh_Names",
        QStringLiteral("   The list has narrowed. I press Enter on the highlighted supplier."), [this] {
            const auto *list = m_stage.control<ui::GridView>("frm_Srh_Names", "fgList");
@@ -202,6 +217,28 @@ void Job::propose()
         [this] { pictureOrder(QStringLiteral("proposal")); });
 }
 
+void Job::explain()
+{
+    on("frmOrd", QStringLiteral("   I go to the first line and ask by Alt+Y why its quantity was proposed."),
+       [this] {
+           m_stage.press(Qt::Key_L, Qt::AltModifier);
+           m_stage.press(Qt::Key_Home, Qt::ControlModifier);
+           m_stage.press(Qt::Key_Y, Qt::AltModifier);
+       });
+    add(
+        QStringLiteral("   The panel beside the lines shows every step; I close it again."),
+        [this] {
+            const auto *words = m_stage.window<QLabel>("lblWhy");
+            return isActive("frmOrd") && words && words->text().startsWith(cell(1, kColPartNo));
+        },
+        [this] {
+            pictureOrder(QStringLiteral("why"));
+            m_stage.press(Qt::Key_Y, Qt::AltModifier);
+        });
+    add(
+        QString(), [this] { return isActive("frmOrd") && !m_stage.window("fmWhy"); }, [] {});
+}
+
 void Job::correct()
 {
     on("frmOrd", QStringLiteral("6. I go to the first line's quantity and correct it to 500."), [this] {
@@ -209,9 +246,8 @@ void Job::correct()
         m_stage.press(Qt::Key_L, Qt::AltModifier);
         m_stage.expect(list->hasFocus() || list->isAncestorOf(QApplication::focusWidget()),
                        QStringLiteral("The order lines do not have the keyboard."));
-        // From the top left: part number, part name, quantity.
+        // From the first line's part number over the part name to the quantity.
         m_stage.press(Qt::Key_Home, Qt::ControlModifier);
-        m_stage.press(Qt::Key_Right);
         m_stage.press(Qt::Key_Right);
         m_stage.press(Qt::Key_Right);
         m_record.correctedRow = list->currentIndex().row() + 1;

@@ -53,6 +53,7 @@ private:
     void lookAtKeys();
     void chooseSupplier();
     void propose();
+    void explain();
     void correct();
     void saveAndPrint();
     void lookForPart();
