@@ -324,9 +324,19 @@ void IndexTree::lowerRoot(PageNo onlyChild)
 
 void IndexTree::clear()
 {
+    // A change that stopped half-way may have left pages in the map that are free or another's.
+    const auto isOwn = [this](PageNo page) {
+        const PagePin held = pin(page);
+        const auto kind = static_cast<PageKind>(held.view().u8(0));
+        return (kind == PageKind::IndexLeaf || kind == PageKind::IndexNode) &&
+               held.view().u32(4) == number(m_owner) && !m_store->isFree(page);
+    };
     for (const PageNo page : UsageMap(*m_store, m_map).pages()) {
-        if (page != m_root)
-            givePage(page);
+        if (page == m_root)
+            continue;
+        UsageMap(*m_store, m_map).remove(page);
+        if (isOwn(page))
+            m_store->free(page);
     }
     write(edit(m_root), {}, {});
 }

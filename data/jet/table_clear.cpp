@@ -23,20 +23,26 @@ bool Table::eraseAll()
     PageCache &cache = m_impl->db.cache;
     PageStore &store = m_impl->db.store;
     const WriteLock lock(cache);
-    m_impl->requireWritable();
+    m_impl->requireEmptyable();
     const TableDefinition &definition = m_impl->definition;
     UsageMap owned(store, definition.ownedMap);
     const std::vector<PageNo> pages = owned.pages();
-    const auto isOwn = [&](PageNo page) { return isDataPageOf(cache.pin(page).view(), m_impl->owner()); };
-    if (!standsAlone(definition) || owned.missing() || !std::ranges::all_of(pages, isOwn))
+    // A change that stopped half-way may have left pages in the maps that are free or another's. They are
+    // given up.
+    const auto isOwn = [&](PageNo page) {
+        return isDataPageOf(cache.pin(page).view(), m_impl->owner()) && !store.isFree(page);
+    };
+    if (!standsAlone(definition) || owned.missing())
         return false;
 
     WriteScope scope(cache);
     UsageMap withRoom(store, definition.freeMap);
-    for (const PageNo page : pages) {
+    for (const PageNo page : withRoom.pages())
         withRoom.remove(page);
+    for (const PageNo page : pages) {
         owned.remove(page);
-        store.free(page);
+        if (isOwn(page))
+            store.free(page);
     }
     for (std::size_t index = 0; index < definition.storedIndexes.size(); ++index)
         m_impl->tree(index).clear();

@@ -35,6 +35,7 @@ struct Table::Impl
 
     bool examined = false;        ///< what follows is known
     std::string refusal;          ///< why rows cannot be changed, or ""
+    bool indexesDisagree = false; ///< with the rows, which is all that speaks against changing them
     std::vector<FieldRule> rules; ///< by position in definition.columns
     std::uint64_t discards = 0;   ///< state of the cache in which the definition was read
     /// The stored definition without its counters, once it was read a second time.
@@ -66,6 +67,8 @@ struct Table::Impl
     void examine();
     /// Throws AppError(TableReadOnly) when rows cannot be changed.
     void requireWritable();
+    /// The same for taking all rows out, which makes the indexes anew, wrong ones too.
+    void requireEmptyable();
 };
 
 struct Cursor::Impl

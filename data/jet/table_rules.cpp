@@ -181,12 +181,17 @@ void applyDefault(Table::Impl &table, std::size_t column, std::string expression
         if (!reason.empty())
             return reason;
     }
-    for (std::size_t i = 0; i < definition.storedIndexes.size(); ++i) {
+    return {};
+}
+
+bool indexesAreRight(Table::Impl &table)
+{
+    for (std::size_t i = 0; i < table.definition.storedIndexes.size(); ++i) {
         // An entry that cannot be made at all is as bad as a wrong one.
         if (!attemptOr(false, [&] { return indexIsRight(table, i); }))
-            return "one of its indexes does not agree with its rows. Repair the file with Access";
+            return false;
     }
-    return {};
+    return true;
 }
 
 } // namespace
@@ -220,12 +225,25 @@ void Table::Impl::examine()
         std::string reason = refusalOf(*this);
         if (reason.empty())
             reason = unkept;
+        indexesDisagree = reason.empty() && !indexesAreRight(*this);
+        if (indexesDisagree)
+            reason = "one of its indexes does not agree with its rows. Repair the file with Access";
         if (!reason.empty()) {
             refusal = "The table " + definition.name + " of the file " + db.path +
                       " cannot be changed: " + reason + (reason.ends_with('.') ? "" : ".");
         }
     }
     examined = true;
+}
+
+void Table::Impl::requireEmptyable()
+{
+    reloadIfStale();
+    examine();
+    if (!indexesDisagree || definition.system)
+        requireWritable();
+    else
+        examined = indexesDisagree = false; // to be looked at again when the table is empty
 }
 
 void Table::Impl::requireWritable()

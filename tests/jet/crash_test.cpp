@@ -84,6 +84,72 @@ void addOneLine(Database &database)
     return text;
 }
 
+[[nodiscard]] TableSpec scratchTable(const std::string &name)
+{
+    return {.name = name,
+            .columns = {{.name = "A21", .type = ColumnType::Text, .size = 60},
+                        {.name = "A66", .type = ColumnType::Long}},
+            .indexes = {{.name = "A66", .keys = {{"A66"}}}}};
+}
+
+/// The codes of one fill, in the order of the rows.
+[[nodiscard]] QByteArray scratchCodes(int fill)
+{
+    QByteArray codes;
+    for (int i = 0; i < 150 + 60 * (fill % 3); ++i)
+        codes += QByteArray::number(fill * 1000 + i * 37 % 307) + ' ';
+    return codes;
+}
+
+/// Empties the table, row by row where it has to be, and gives it other rows; in batches.
+void fillScratch(Database &database, const char *name, int fill)
+{
+    Table &table = database.table(name);
+    bool emptied = false;
+    attempt([&] {
+        ChangeScope scope(database, Durability::Lazy);
+        emptied = table.eraseAll();
+        scope.commit();
+    });
+    std::vector<RowId> old;
+    if (!emptied) {
+        for (Cursor rows = table.scan(); rows.next();)
+            old.push_back(rows.row().id());
+    }
+    for (const RowId place : old) {
+        attempt([&] {
+            ChangeScope scope(database, Durability::Lazy);
+            table.erase(place);
+            scope.commit();
+        });
+    }
+    const QByteArrayList codes = scratchCodes(fill).trimmed().split(' ');
+    for (qsizetype from = 0; from < codes.size(); from += 100) {
+        ChangeScope scope(database, Durability::Lazy);
+        for (const QByteArray &code : codes.mid(from, 100))
+            table.insert(Row{Value{std::string(static_cast<std::size_t>(code.toInt() % 40 + 1), 'p')},
+                             Value{std::int32_t{code.toInt()}}});
+        scope.commit();
+    }
+}
+
+/// The codes that the table holds, in stored order; the index must find each.
+[[nodiscard]] QByteArray codesOf(Database &database, const char *name)
+{
+    QByteArray codes;
+    Table &table = database.table(name);
+    for (Cursor rows = table.scan(); rows.next();) {
+        const Value code = rows.row().value(1);
+        codes += QByteArray::fromStdString(toText(code)) + ' ';
+        int found = 0;
+        for (Cursor equal = table.along(0, KeyRange::equal({code})); equal.next();)
+            ++found;
+        if (found != 1)
+            codes += "(" + QByteArray::number(found) + " in the index) ";
+    }
+    return codes;
+}
+
 enum class State { Old, New, Wrong };
 
 /// Makes no file, and opens those that are there for reading only.
@@ -148,6 +214,37 @@ private slots:
         }
         QVERIFY(states[0] > 20);
         QVERIFY(states[1] > 20);
+    }
+
+    /// A scratch table is changed without a journal: whatever a process that was killed left of it, the next
+    /// one empties it and has its own rows and no others.
+    void aHalfWrittenScratchTableIsFilledAgain()
+    {
+        CrashDisk start;
+        {
+            const auto database = Database::create(kPath, {.version = support::version()}, start);
+            database->createTable(scratchTable("Dum"));
+            database->createTable(scratchTable("StkOrd"));
+            fillScratch(*database, "Dum", 1);
+            fillScratch(*database, "StkOrd", 1);
+        }
+        bool completed = false;
+        for (int operation = 0; !completed; ++operation) {
+            CrashDisk disk(start.afterKill());
+            disk.fault = {DiskFault::Kind::ForGood, operation, false};
+            attempt([&] {
+                const auto database = Database::open(kPath, {}, disk);
+                fillScratch(*database, "Dum", 2);
+                fillScratch(*database, "StkOrd", 3);
+            });
+            completed = !disk.hasFailed();
+            CrashDisk next(disk.afterKill());
+            const auto database = Database::open(kPath, {}, next);
+            for (const char *name : {"Dum", "StkOrd"}) {
+                QCOMPARE(support::errorOf([&] { fillScratch(*database, name, 4); }), 0);
+                QCOMPARE(codesOf(*database, name), scratchCodes(4));
+            }
+        }
     }
 
     /// One operation fails, as on a full disk, and the process goes on: with the old rows after an error,
