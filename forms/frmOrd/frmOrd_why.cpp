@@ -13,6 +13,7 @@ namespace {
 constexpr const char *kFormat =
     "<Step                                 |>Figure     |<Where from                      ";
 constexpr int kGap = 6;
+constexpr int kWidest = 70; // characters
 
 } // namespace
 
@@ -32,6 +33,10 @@ WhyPanel::WhyPanel(QWidget *parent)
     // Where a figure comes from takes more than a line in a narrow window.
     m_view->setWordWrap(true);
     m_view->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // As low as the text allows, so that the last step, the quantity, is in sight too.
+    m_view->verticalHeader()->setMinimumSectionSize(1);
+    // No wider than its words need: what is left shows more columns of the lines.
+    setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kWidest);
     m_view->setAccessibleName(tr("Steps of the quantity"));
     m_view->setToolTip(tr("How the quantity of the current line is worked out, step by step"));
     m_figures.setFormatString(kFormat);
