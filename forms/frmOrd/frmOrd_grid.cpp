@@ -66,8 +66,11 @@ void frmOrd::connectGrid()
     ui::on(m_ui->fgList, &GridView::cellClicked, this, &frmOrd::fgList_Click);
     ui::on(m_ui->fgList, &GridView::cellRightPressed, this, &frmOrd::fgList_MouseDown);
     // The positions of the bars, not every paint of the view: only then the cell moves away.
-    for (QScrollBar *bar : {m_ui->fgList->horizontalScrollBar(), m_ui->fgList->verticalScrollBar()})
+    for (QScrollBar *bar : {m_ui->fgList->horizontalScrollBar(), m_ui->fgList->verticalScrollBar()}) {
         ui::on(bar, &QScrollBar::valueChanged, this, &frmOrd::fgList_Scroll);
+        // At the end of the list the rows move with the room there is, and the position stays.
+        ui::on(bar, &QScrollBar::rangeChanged, this, &frmOrd::followResize);
+    }
     ui::on(m_ui->fgList, &GridView::resized, this, &frmOrd::followResize);
     connect(m_ui->fgList->horizontalHeader(), &QHeaderView::sectionResized, this,
             [this] { Move_Grid(m_ui->txtItem); });
