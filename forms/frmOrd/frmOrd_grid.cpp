@@ -69,7 +69,10 @@ void frmOrd::connectGrid()
     for (QScrollBar *bar : {m_ui->fgList->horizontalScrollBar(), m_ui->fgList->verticalScrollBar()}) {
         ui::on(bar, &QScrollBar::valueChanged, this, &frmOrd::fgList_Scroll);
         // At the end of the list the rows move with the room there is, and the position stays.
-        ui::on(bar, &QScrollBar::rangeChanged, this, &frmOrd::followResize);
+        // Only when the view has finished, which sets the rows' place last.
+        connect(bar, &QScrollBar::rangeChanged, this, [this] {
+            QTimer::singleShot(0, this, [this] { ui::guarded(this, [this] { followResize(); }); });
+        });
     }
     ui::on(m_ui->fgList, &GridView::resized, this, &frmOrd::followResize);
     connect(m_ui->fgList->horizontalHeader(), &QHeaderView::sectionResized, this,
