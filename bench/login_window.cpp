@@ -12,7 +12,7 @@ int main(int argumentCount, char **arguments)
 {
     ui::QtShell shell;
     ui::QtDialogs dialogs(shell);
-    ui::QtClock clock;
+    ui::QtClock clock(shell);
     Application application(argumentCount, arguments, dialogs, shell);
     bench::FirstWindow watch;
     application.installEventFilter(&watch);
