@@ -131,6 +131,7 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
     QCOMPARE(desk.lines()->rowCount(), 1);
     QCOMPARE(pages, 1);
     QVERIFY(!shownPaper());
+    desk.comeBack();
     desk.press(Qt::Key_K, Qt::AltModifier);
     QTRY_VERIFY(shownPaper());
     const QPointer<PaperPreview> paper = shownPaper();
