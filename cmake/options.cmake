@@ -62,5 +62,5 @@ function(spares_test name)
         set(ARG_TIMEOUT 120)
     endif()
     set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8;SPARES_FIXTURES=${PROJECT_SOURCE_DIR}/../shared/fixtures")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8;SPARES_FIXTURES=${PROJECT_SOURCE_DIR}/../shared/fixtures;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks_of_others.txt")
 endfunction()
