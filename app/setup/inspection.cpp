@@ -52,9 +52,10 @@ bool inspectDatabase(const std::string &name, const std::string &path,
         findings.wanting(name + " cannot be used: " + error.what());
         return false;
     }
-    for (const std::string &part : missing)
+    for (const std::string &part : missing) {
         findings.wanting(
             std::string(name).append(" lacks ").append(part).append(", which the program reads."));
+    }
     if (!missing.empty())
         return false;
     findings.add(writable(file), name + " is there and can be opened." + writersOf(file),

@@ -45,8 +45,9 @@ std::string complaint(const Session &session, const tour::Record &record)
     bool corrected = false;
     for (; !lines.eof(); lines.moveNext()) {
         ++count;
-        if (toInteger(lines.field("Slno")) == record.correctedRow)
+        if (toInteger(lines.field("Slno")) == record.correctedRow) {
             corrected = toDouble(lines.field("Qty")) == record.correctedQuantity.toDouble();
+        }
     }
     lines.close();
     if (count != record.lines)
