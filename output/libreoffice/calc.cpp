@@ -251,8 +251,6 @@ void Calc::open(const std::string &file, SpreadsheetApplication::Access access)
     close();
     const bool writes = access == SpreadsheetApplication::Access::Write;
     const WorkbookKind kind = workbookKind(file);
-    if (writes)
-        removeStaleLock(file);
     const std::string cannot = "The file " + file + " cannot be opened";
     rtl::Reference<Questions> questions(new Questions);
     const beans::PropertyValue properties[] = {

@@ -25,8 +25,8 @@ using wire::Message;
 using wire::Outcome;
 using wire::Request;
 
-constexpr auto kEndTime = 6s; ///< for an office that ends by itself: it waits 3 s for what hangs
-constexpr auto kKillTime = 1s;
+constexpr auto kEndTime = 6s;  ///< for an office that ends by itself: it waits 3 s for what hangs
+constexpr auto kKillTime = 3s; ///< for velk-calc to kill the office and to clean up behind it
 
 Message request(Request kind)
 {

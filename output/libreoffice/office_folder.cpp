@@ -2,10 +2,13 @@
 
 #include "common/errors.h"
 
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <string_view>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -23,6 +26,7 @@ namespace fs = std::filesystem;
 /// A folder is made under the second name and gets the first once it is locked.
 constexpr const char *kPrefix = "velk-office-";
 constexpr const char *kMadePrefix = "velk-newoffice-";
+constexpr const char *kNote = "workbook"; ///< in the folder: the office's process and the file it writes
 
 /// The office gets its folder as part of a URL, in which it also expands variables. A place whose name would
 /// mean something there is passed over: the office would not start, or put its profile elsewhere.
@@ -66,6 +70,61 @@ bool isOwn(const fs::path &path)
     return ::lstat(path.c_str(), &status) == 0 && status.st_uid == ::getuid();
 }
 
+std::string machineName()
+{
+    std::array<char, 256> name{};
+    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+/// Removes the mark that LibreOffice keeps beside a workbook in use, if it was left by a dead run of this
+/// program on this machine: the mark names the run's own folder, and that is gone or the one given.
+void removeStaleMark(const std::string &file, const fs::path &dead = {})
+{
+    const fs::path path(file);
+    const fs::path mark = path.parent_path() / (".~lock." + path.filename().string() + "#");
+    std::ifstream stream(mark);
+    std::string content;
+    std::getline(stream, content);
+    // Fields: name, system user, machine, time, the office's own folder as a URL.
+    const std::size_t from = content.find("file://");
+    if (from == std::string::npos || content.find("," + machineName() + ",") == std::string::npos)
+        return;
+    std::string folder = content.substr(from + std::strlen("file://"));
+    folder.resize(std::min(folder.find(';'), folder.size()));
+    std::error_code error;
+    const bool ofOurs = folder.find(std::string("/") + kPrefix) != std::string::npos;
+    if (ofOurs && (fs::path(folder).parent_path() == dead || !fs::exists(fs::path(folder), error)))
+        fs::remove(mark, error);
+}
+
+/// Saving, the office writes a copy of this name beside the workbook, which it then renames.
+void removeUnfinishedCopies(const fs::path &workbook, const std::string &office)
+{
+    std::error_code error;
+    for (fs::directory_iterator entry(workbook.parent_path(), error);
+         !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name.starts_with("lu" + office) && name.ends_with(".tmp") && isOwn(entry->path())) {
+            std::error_code ignored;
+            fs::remove(entry->path(), ignored);
+        }
+    }
+}
+
+/// Removes a dead office's folder, and before that what its note leads to.
+void removeFolder(const fs::path &folder)
+{
+    std::string office;
+    std::string workbook;
+    std::ifstream note(folder / kNote);
+    if (std::getline(note, office) && std::getline(note, workbook, '\0')) {
+        removeStaleMark(workbook, folder);
+        removeUnfinishedCopies(workbook, office);
+    }
+    std::error_code ignored; // What cannot be removed now is tried again next time.
+    fs::remove_all(folder, ignored);
+}
+
 void removeLeftFolders(const fs::path &place)
 {
     std::error_code error;
@@ -74,8 +133,7 @@ void removeLeftFolders(const fs::path &place)
         if (!entry->path().filename().string().starts_with(kPrefix) || !isOwn(entry->path()))
             continue;
         if (const int lock = lockFolder(entry->path()); lock >= 0) {
-            std::error_code ignored; // What cannot be removed now is tried again next time.
-            fs::remove_all(entry->path(), ignored);
+            removeFolder(entry->path());
             ::close(lock);
         }
     }
@@ -142,9 +200,9 @@ OfficeFolder::OfficeFolder()
 
 OfficeFolder::~OfficeFolder()
 {
-    std::error_code ignored; // The next start removes what is left.
-    fs::remove_all(m_path, ignored);
+    removeFolder(m_path);
     ::close(m_lock);
+    removeDeadSockets();
 }
 
 std::string OfficeFolder::pipeName() const
@@ -152,9 +210,17 @@ std::string OfficeFolder::pipeName() const
     return fs::path(m_path).filename().string();
 }
 
-bool isOfficeFolder(std::string_view path)
+void OfficeFolder::noteWorkbook(const std::string &file, pid_t office) const
 {
-    return path.find(std::string("/") + kPrefix) != std::string_view::npos;
+    removeStaleMark(file);
+    // Without it the office works as well: only what a kill leaves would stay.
+    std::ofstream(fs::path(m_path) / kNote) << office << '\n' << file;
+}
+
+void OfficeFolder::forgetWorkbook() const
+{
+    std::error_code ignored;
+    fs::remove(fs::path(m_path) / kNote, ignored);
 }
 
 } // namespace output

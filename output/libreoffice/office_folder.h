@@ -6,7 +6,8 @@
 #pragma once
 
 #include <string>
-#include <string_view>
+
+#include <sys/types.h>
 
 namespace output {
 
@@ -16,7 +17,7 @@ public:
     /// Removes what dead runs have left, then makes the folder in the first place that takes it. Throws
     /// FileError(PathAccess).
     OfficeFolder();
-    /// Removes the folder with all it holds.
+    /// Removes the folder with all it holds, and what the office, which must be gone, has left elsewhere.
     ~OfficeFolder();
     OfficeFolder(const OfficeFolder &) = delete;
     OfficeFolder &operator=(const OfficeFolder &) = delete;
@@ -28,12 +29,16 @@ public:
     /// A name that no other office bears.
     [[nodiscard]] std::string pipeName() const;
 
+    /// Before the office, a process, opens a workbook for writing: removes the mark of a dead run beside it,
+    /// which would keep the office from writing, and notes it. What the office then leaves beside it goes
+    /// with the folder, whoever removes that.
+    void noteWorkbook(const std::string &file, pid_t office) const;
+    /// It is closed again: nothing of it is left.
+    void forgetWorkbook() const;
+
 private:
     std::string m_path;
     int m_lock = -1;
 };
-
-/// True for a path within some office's private folder, also one that is gone.
-[[nodiscard]] bool isOfficeFolder(std::string_view path);
 
 } // namespace output

@@ -23,6 +23,10 @@ public:
     /// False when it has ended. An office that has only set up its new profile is started again.
     [[nodiscard]] bool isRunning();
 
+    /// From the one to the other, what a killed office leaves beside the workbook is removed.
+    void noteWorkbook(const std::string &file) const { m_folder.noteWorkbook(file, m_process); }
+    void forgetWorkbook() const { m_folder.forgetWorkbook(); }
+
     /// Waits for an office that was asked to end, a moment long.
     void waitForEnd();
 

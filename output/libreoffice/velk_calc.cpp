@@ -71,7 +71,7 @@ Message failed(Answer answer, const AppError &error)
                          .put(std::string_view(error.what())));
 }
 
-Message carryOut(Calc &calc, Message &request)
+Message carryOut(Calc &calc, const OfficeProcess &office, Message &request)
 {
     using wire::Request;
     Message answer = done();
@@ -81,8 +81,11 @@ Message carryOut(Calc &calc, Message &request)
         break;
     case Request::Open: {
         const std::string file = request.text();
-        calc.open(file, request.number() == 1 ? SpreadsheetApplication::Access::Write
-                                              : SpreadsheetApplication::Access::Read);
+        const bool writes = request.number() == 1;
+        if (writes)
+            office.noteWorkbook(file);
+        calc.open(file,
+                  writes ? SpreadsheetApplication::Access::Write : SpreadsheetApplication::Access::Read);
         break;
     }
     case Request::Sheet:
@@ -108,16 +111,17 @@ Message carryOut(Calc &calc, Message &request)
         break;
     case Request::Close:
         calc.close();
+        office.forgetWorkbook();
         break;
     }
     return answer;
 }
 
 /// False when the office is gone.
-bool answerOne(Calc &calc, Message &request)
+bool answerOne(Calc &calc, const OfficeProcess &office, Message &request)
 {
     try {
-        return wire::send(kSocket, carryOut(calc, request), {}) == Outcome::Done;
+        return wire::send(kSocket, carryOut(calc, office, request), {}) == Outcome::Done;
     } catch (const OfficeLost &lost) {
         static_cast<void>(wire::send(kSocket, failed(Answer::Lost, lost), {}));
         return false;
@@ -142,7 +146,7 @@ void work(const std::string &officeFolder)
     connect(calc, office);
     Message request;
     while (nextRequest(request)) {
-        if (!answerOne(calc, request))
+        if (!answerOne(calc, office, request))
             return;
     }
     ::alarm(kTerminateSeconds);

@@ -1,7 +1,6 @@
 #include "output/libreoffice/workbook_file.h"
 
 #include "common/errors.h"
-#include "output/libreoffice/office_folder.h"
 
 #include <array>
 #include <cerrno>
@@ -10,7 +9,6 @@
 #include <fstream>
 #include <string_view>
 #include <system_error>
-#include <unistd.h>
 
 namespace output {
 
@@ -49,12 +47,6 @@ std::string firstBytes(const std::string &file)
     return {bytes.data(), static_cast<std::size_t>(stream.gcount())};
 }
 
-std::string machineName()
-{
-    std::array<char, 256> name{};
-    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
-
 } // namespace
 
 WorkbookKind workbookKind(const std::string &file)
@@ -70,24 +62,6 @@ WorkbookKind workbookKind(const std::string &file)
     throw AppError(ErrorNumber::Workbook,
                    "The file " + file +
                        (bytes.empty() ? " is empty." : " is not a spreadsheet, whatever its name says."));
-}
-
-void removeStaleLock(const std::string &file)
-{
-    const fs::path path(file);
-    const fs::path mark = path.parent_path() / (".~lock." + path.filename().string() + "#");
-    std::ifstream stream(mark);
-    std::string content;
-    std::getline(stream, content);
-    // Fields: name, system user, machine, time, the office's own folder as a URL.
-    const std::size_t from = content.find("file://");
-    if (from == std::string::npos || content.find("," + machineName() + ",") == std::string::npos)
-        return;
-    std::string folder = content.substr(from + std::strlen("file://"));
-    folder.resize(std::min(folder.find(';'), folder.size()));
-    std::error_code error;
-    if (isOfficeFolder(folder) && !fs::exists(fs::path(folder), error))
-        fs::remove(mark, error);
 }
 
 } // namespace output

@@ -12,8 +12,4 @@ enum class WorkbookKind { Excel97, Excel2007, OpenDocument };
 /// PathAccess), and AppError(Workbook) when it is none of the three: LibreOffice would load a text as one.
 [[nodiscard]] WorkbookKind workbookKind(const std::string &file);
 
-/// Removes the mark that LibreOffice keeps beside a workbook in use, if it was left by a dead run of this
-/// program on this machine: the mark names the run's own folder, and that is gone.
-void removeStaleLock(const std::string &file);
-
 } // namespace output

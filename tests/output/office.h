@@ -55,6 +55,16 @@ public:
     {
         return QDir(m_folder.path()).entryList({QStringLiteral("velk-*")});
     }
+    /// Where the offices of those folders listen.
+    [[nodiscard]] QStringList sockets() const
+    {
+        QStringList found;
+        for (const QString &folder : folders())
+            found +=
+                QDir(QStringLiteral("/tmp"))
+                    .entryList({QStringLiteral("OSL_PIPE_*_%1*").arg(folder)}, QDir::System | QDir::Files);
+        return found;
+    }
 
 private:
     QTemporaryDir m_folder;
