@@ -25,13 +25,13 @@ int alignmentFlags(TextGrid::Alignment alignment)
     const Qt::Alignment vertical = Qt::AlignVCenter;
     switch (alignment) {
     case TextGrid::Alignment::Centre:
-        return (vertical | Qt::AlignHCenter).toInt();
+        return static_cast<int>((vertical | Qt::AlignHCenter).toInt());
     case TextGrid::Alignment::Right:
-        return (vertical | Qt::AlignRight).toInt();
+        return static_cast<int>((vertical | Qt::AlignRight).toInt());
     case TextGrid::Alignment::Left:
         break;
     }
-    return (vertical | Qt::AlignLeft).toInt();
+    return static_cast<int>((vertical | Qt::AlignLeft).toInt());
 }
 
 } // namespace
