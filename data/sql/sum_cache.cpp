@@ -3,6 +3,7 @@
 #include "common/errors.h"
 #include "data/jet/column_scan.h"
 #include "data/jet/page_store.h"
+#include "data/sql/module.h"
 
 #include <memory>
 #include <sstream>
@@ -84,163 +85,97 @@ constexpr int kKey = 0;
 constexpr int kTotal = 1;
 constexpr int kWhich = 2;
 
-/// Owned by the connection as the module's data.
-struct Registered
-{
-    SumCache *cache;
-    PendingError *errors;
-};
-
 struct SumTable : sqlite3_vtab
 {
-    explicit SumTable(const Registered &own)
+    /// Owned by the connection.
+    struct Data
+    {
+        SumCache *cache;
+        PendingError *pending;
+
+        [[nodiscard]] PendingError &errors() const { return *pending; }
+    };
+
+    explicit SumTable(const Data &shared)
         : sqlite3_vtab{}
-        , registered(own)
+        , data(shared)
     {}
-    const Registered &registered;
+
+    [[nodiscard]] PendingError &errors() const { return data.errors(); }
+    [[nodiscard]] static std::string declaration() { return "CREATE TABLE t(key, total, which)"; }
+    [[nodiscard]] static int bestIndex(sqlite3_index_info &info);
+
+    const Data &data;
 };
-
-struct SumCursor : sqlite3_vtab_cursor
-{
-    SumCursor()
-        : sqlite3_vtab_cursor{}
-    {}
-    std::int64_t key = 0;
-    std::optional<SumCache::Sum> row; ///< the one that there is
-};
-
-SumCursor &cursorOf(sqlite3_vtab_cursor *cursor)
-{
-    return *static_cast<SumCursor *>(cursor);
-}
-
-const Registered &registeredOf(sqlite3_vtab *table)
-{
-    return static_cast<SumTable *>(table)->registered;
-}
-
-int connect(sqlite3 *connection, void *data, int, const char *const *, sqlite3_vtab **result, char **)
-{
-    const auto &registered = *static_cast<Registered *>(data);
-    return registered.errors->guard([&] {
-        auto table = std::make_unique<SumTable>(registered);
-        if (sqlite3_declare_vtab(connection, "CREATE TABLE t(key, total, which)") != SQLITE_OK)
-            registered.errors->raise(connection);
-        *result = table.release();
-    });
-}
-
-int disconnect(sqlite3_vtab *table)
-{
-    delete static_cast<SumTable *>(table);
-    return SQLITE_OK;
-}
 
 /// Both conditions or nothing.
-int bestIndex(sqlite3_vtab *, sqlite3_index_info *info)
+int SumTable::bestIndex(sqlite3_index_info &info)
 {
     int given = 0;
-    for (int i = 0; i < info->nConstraint; ++i) {
-        const auto &constraint = info->aConstraint[i];
+    for (int i = 0; i < info.nConstraint; ++i) {
+        const auto &constraint = info.aConstraint[i];
         const bool isKey = constraint.iColumn == kKey;
         if (constraint.op != SQLITE_INDEX_CONSTRAINT_EQ || constraint.usable == 0 ||
             (!isKey && constraint.iColumn != kWhich))
             continue;
-        info->aConstraintUsage[i].argvIndex = isKey ? 2 : 1;
-        info->aConstraintUsage[i].omit = 1;
+        info.aConstraintUsage[i].argvIndex = isKey ? 2 : 1;
+        info.aConstraintUsage[i].omit = 1;
         ++given;
     }
-    info->estimatedCost = 1;
-    info->estimatedRows = 1;
-    info->idxFlags = SQLITE_INDEX_SCAN_UNIQUE;
+    info.estimatedCost = 1;
+    info.estimatedRows = 1;
+    info.idxFlags = SQLITE_INDEX_SCAN_UNIQUE;
     return given == 2 ? SQLITE_OK : SQLITE_CONSTRAINT;
 }
 
-int openCursor(sqlite3_vtab *table, sqlite3_vtab_cursor **result)
+struct SumCursor : sqlite3_vtab_cursor
 {
-    return registeredOf(table).errors->guard([&] { *result = std::make_unique<SumCursor>().release(); });
-}
+    explicit SumCursor(SumTable &opened)
+        : sqlite3_vtab_cursor{}
+        , table(opened)
+    {}
 
-int closeCursor(sqlite3_vtab_cursor *cursor)
-{
-    delete &cursorOf(cursor);
-    return SQLITE_OK;
-}
+    void filter(int, std::span<sqlite3_value *> values);
+    void next() { row.reset(); }
+    [[nodiscard]] bool atEnd() const { return !row; }
+    void column(sqlite3_context *context, int number) const;
+    [[nodiscard]] sqlite3_int64 rowPlace() const { return key; }
 
-int filter(sqlite3_vtab_cursor *cursor, int, const char *, int, sqlite3_value **values)
+    SumTable &table;
+    std::int64_t key = 0;
+    std::optional<SumCache::Sum> row; ///< the one that there is
+};
+
+void SumCursor::filter(int, std::span<sqlite3_value *> values)
 {
-    SumCursor &own = cursorOf(cursor);
-    const Registered &registered = registeredOf(cursor->pVtab);
-    own.row.reset();
+    row.reset();
     if (sqlite3_value_type(values[1]) == SQLITE_NULL)
-        return SQLITE_OK;
-    return registered.errors->guard([&] {
-        own.key = sqlite3_value_int64(values[1]);
-        const std::string_view which(reinterpret_cast<const char *>(sqlite3_value_text(values[0])),
-                                     static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
-        if (const auto *sum = registered.cache->find(which, own.key))
-            own.row = *sum;
-    });
+        return;
+    key = sqlite3_value_int64(values[1]);
+    const std::string_view which(reinterpret_cast<const char *>(sqlite3_value_text(values[0])),
+                                 static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
+    if (const auto *sum = table.data.cache->find(which, key))
+        row = *sum;
 }
 
-int next(sqlite3_vtab_cursor *cursor)
+void SumCursor::column(sqlite3_context *context, int number) const
 {
-    cursorOf(cursor).row.reset();
-    return SQLITE_OK;
+    if (number == kKey)
+        sqlite3_result_int64(context, key);
+    else if (number != kTotal || !row->hasValue)
+        sqlite3_result_null(context);
+    else if (row->overflown)
+        throw RunTimeError(ErrorNumber::Overflow, "Overflow: a sum is too large.");
+    else
+        sqlite3_result_int64(context, row->total);
 }
-
-int atEnd(sqlite3_vtab_cursor *cursor)
-{
-    return cursorOf(cursor).row ? 0 : 1;
-}
-
-int column(sqlite3_vtab_cursor *cursor, sqlite3_context *context, int number)
-{
-    const SumCursor &own = cursorOf(cursor);
-    return registeredOf(cursor->pVtab).errors->guard([&] {
-        if (number == kKey)
-            sqlite3_result_int64(context, own.key);
-        else if (number != kTotal || !own.row->hasValue)
-            sqlite3_result_null(context);
-        else if (own.row->overflown)
-            throw RunTimeError(ErrorNumber::Overflow, "Overflow: a sum is too large.");
-        else
-            sqlite3_result_int64(context, own.row->total);
-    });
-}
-
-int rowPlace(sqlite3_vtab_cursor *cursor, sqlite3_int64 *place)
-{
-    *place = cursorOf(cursor).key;
-    return SQLITE_OK;
-}
-
-const sqlite3_module kModule = [] {
-    sqlite3_module module{};
-    module.iVersion = 1;
-    module.xConnect = connect;
-    module.xBestIndex = bestIndex;
-    module.xDisconnect = disconnect;
-    module.xOpen = openCursor;
-    module.xClose = closeCursor;
-    module.xFilter = filter;
-    module.xNext = next;
-    module.xEof = atEnd;
-    module.xColumn = column;
-    module.xRowid = rowPlace;
-    return module;
-}();
 
 } // namespace
 
 void registerSums(sqlite3 *connection, SumCache &cache, PendingError &errors)
 {
-    auto registered = std::make_unique<Registered>(Registered{&cache, &errors});
-    const auto destroy = [](void *data) { delete static_cast<Registered *>(data); };
-    // SQLite owns the data from here on, also when the call fails.
-    if (sqlite3_create_module_v2(connection, "jet_sums", &kModule, registered.release(), destroy) !=
-        SQLITE_OK)
-        errors.raise(connection);
+    ReadOnlyModule<SumTable, SumCursor>::add(
+        connection, "jet_sums", std::make_unique<SumTable::Data>(SumTable::Data{&cache, &errors}));
 }
 
 } // namespace sql
