@@ -4,6 +4,8 @@
 // allocation for each of them.
 #pragma once
 
+#include "common/currency.h"
+
 #include <cstdint>
 #include <vector>
 
@@ -18,6 +20,14 @@ struct FieldColumn
     };
 
     [[nodiscard]] bool isNumber() const { return kind != Kind::Date && kind != Kind::Other; }
+
+    /// A row's field as a number, a date as its serial; 0 where it is null. Of other kinds there is none.
+    [[nodiscard]] double number(std::size_t row) const
+    {
+        if (kind == Kind::Whole)
+            return static_cast<double>(numbers[row]);
+        return kind == Kind::Currency ? Currency::fromRaw(numbers[row]).toDouble() : floats[row];
+    }
 
     Kind kind = Kind::Other;
     std::vector<std::int64_t> numbers;

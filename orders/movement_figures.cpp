@@ -16,19 +16,6 @@ bool contains(const std::array<int, N> &forms, double form)
     return std::any_of(forms.begin(), forms.end(), [form](int known) { return known == form; });
 }
 
-/// A field of any numeric kind; the caller has seen that it is not null.
-double numberOf(const FieldColumn &column, std::size_t row)
-{
-    switch (column.kind) {
-    case FieldColumn::Kind::Whole:
-        return static_cast<double>(column.numbers[row]);
-    case FieldColumn::Kind::Currency:
-        return Currency::fromRaw(column.numbers[row]).toDouble();
-    default:
-        return column.floats[row];
-    }
-}
-
 bool isPositive(const FieldColumn &column, std::size_t row)
 {
     return column.kind == FieldColumn::Kind::Floating ? column.floats[row] > 0 : column.numbers[row] > 0;
@@ -116,7 +103,7 @@ std::optional<std::int32_t> MovementColumns::item(std::size_t row, bool &exact) 
     const FieldColumn &codes = column(kItem);
     if (!hasValue(codes, row))
         return std::nullopt; // joins with nothing
-    const double code = numberOf(codes, row);
+    const double code = codes.number(row);
     if (std::abs(code) <= std::numeric_limits<std::int32_t>::max() && code == std::floor(code))
         return static_cast<std::int32_t>(code);
     exact = false;
@@ -133,7 +120,7 @@ void MovementColumns::add(std::size_t row, MovementSums &sums) const
     const bool isInPeriod = column(kDate).nulls[row] == 0 && date >= m_from && date < m_to;
     if (!isInPeriod || !hasValue(column(kForm), row))
         return;
-    const MovementKind kind = movementKind(numberOf(column(kForm), row));
+    const MovementKind kind = movementKind(column(kForm).number(row));
     if (kind == MovementKind::Excluded)
         return;
     sums.outgoing.add(quantities, row);

@@ -47,19 +47,6 @@ inline QByteArray problems(jet::Database &database)
     return text;
 }
 
-/// The number that a column of a scan holds for a value.
-inline double scanned(const FieldColumn &column, std::size_t row)
-{
-    switch (column.kind) {
-    case FieldColumn::Kind::Whole:
-        return static_cast<double>(column.numbers[row]);
-    case FieldColumn::Kind::Currency:
-        return Currency::fromRaw(column.numbers[row]).toDouble();
-    default:
-        return column.floats[row];
-    }
-}
-
 /// Where a scan of all columns shows something else than a cursor; "" when they agree.
 inline QByteArray scanDifference(jet::Table &table)
 {
@@ -81,7 +68,7 @@ inline QByteArray scanDifference(jet::Table &table)
             const Date *date = std::get_if<Date>(&value);
             const bool same = (column.nulls[row] != 0) == isNull(value) &&
                               (column.kind == FieldColumn::Kind::Other ||
-                               scanned(column, row) == (date ? date->serial() : toDouble(value)));
+                               column.number(row) == (date ? date->serial() : toDouble(value)));
             if (!same)
                 return "column " + QByteArray::number(i) + ": " + QByteArray::fromStdString(toText(value));
         }
