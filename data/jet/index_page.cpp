@@ -258,7 +258,7 @@ RowId IndexPage::placeBefore(std::size_t end) const
 PageNo IndexPage::child(std::size_t start) const
 {
     const BytesView tail = stored(start);
-    return childOf(tail.size() >= kChildSize ? tail : BytesView(entry(start)));
+    return childOf(tail.size() >= kChildSize ? tail : BytesView{entry(start)});
 }
 
 EntryList IndexPage::entries() const
@@ -303,7 +303,7 @@ bool IndexPage::equals(std::size_t start, BytesView wanted) const
     if (start >= m_used)
         return false;
     const KeyBytes whole = entry(start);
-    return BytesView(whole).substr(0, whole.size() - (m_head.leaf ? 0 : kChildSize)) == wanted;
+    return BytesView{whole}.substr(0, whole.size() - (m_head.leaf ? 0 : kChildSize)) == wanted;
 }
 
 std::optional<std::size_t> fittingPrefix(const Format &format, const EntryList &list, std::size_t first,

@@ -62,7 +62,7 @@ public:
     [[nodiscard]] BytesView at(std::size_t i) const
     {
         const std::size_t start = i == 0 ? 0 : m_ends[i - 1];
-        return BytesView(m_bytes).substr(start, m_ends[i] - start);
+        return BytesView{m_bytes}.substr(start, m_ends[i] - start);
     }
     [[nodiscard]] BytesView back() const { return at(size() - 1); }
     /// Bytes of the entries first .. last-1.
