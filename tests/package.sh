@@ -30,9 +30,11 @@ inside() {
     velk-setup $own $server | grep -v '^  ' || true
     [ "$(mdb-export -H $kept/SerPath.mdb ServerPath)" = "\"$server\"" ] || fail "the server's path was not written"
 
-    before=$(sha256sum $kept/SerPath.mdb $kept/Layouts.mdb)
+    echo '<!-- changed here -->' >>$own/Layouts/Stk_Ord.Rpt
+    before=$(sha256sum $kept/SerPath.mdb $kept/Layouts.mdb $own/Layouts/Stk_Ord.Rpt)
     dpkg -i "$package" >/dev/null
-    [ "$before" = "$(sha256sum $kept/SerPath.mdb $kept/Layouts.mdb)" ] || fail "an upgrade replaced a database"
+    [ "$before" = "$(sha256sum $kept/SerPath.mdb $kept/Layouts.mdb $own/Layouts/Stk_Ord.Rpt)" ] ||
+        fail "an upgrade replaced a database or a changed layout"
 
     # The installed program comes up with its login form, the remembered user filled in from the server.
     cd /home/storekeeper
@@ -53,7 +55,7 @@ inside() {
     jetcheck --password qzrt5817 $kept/*.mdb $server/DataBas/*.mdb || fail "a database is damaged"
 
     dpkg --purge velk-spares >/dev/null
-    [ ! -e $kept ] && [ ! -e $own ] || fail "purging left something behind"
+    [ ! -e $kept ] && [ ! -e $own ] && [ ! -e /etc/velk-spares ] || fail "purging left something behind"
 }
 
 if [ "${1:-}" = inside ]; then
