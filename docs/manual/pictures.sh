@@ -3,6 +3,10 @@
 # build and ImageMagick. Only pictures that a page shows are kept; none is ever made or touched up by hand.
 set -eu
 cd "$(dirname "$0")"
+command -v convert >/dev/null || {
+    echo "pictures.sh: ImageMagick reduces the pictures' colours and is not installed: apt-get install imagemagick" >&2
+    exit 1
+}
 bin=$(cd ../.. && pwd)/build/bin
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
