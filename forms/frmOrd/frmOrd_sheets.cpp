@@ -11,6 +11,8 @@
 #include "output/sheet_export.h"
 #include "output/sheet_import.h"
 
+#include <QScopeGuard>
+
 namespace {
 
 constexpr Currency kPause = Currency::fromRaw(Currency::kScale / 20); // a moment, for the file server
@@ -28,6 +30,9 @@ output::Spreadsheets &frmOrd::spreadsheets() const
 
 void frmOrd::cmdXls_Click()
 {
+    // The pointer of the form, until the message at the end is answered too.
+    setCursor(Qt::WaitCursor);
+    const auto done = qScopeGuard([this] { unsetCursor(); });
     Export_Excel();
 }
 

@@ -135,7 +135,7 @@ void frmOrdSheetsTest::anErrorLeavesTheButtonDisabledAndTheFormUsable()
     QVERIFY2(desk.dialogs.takeShown().constLast().contains(QStringLiteral("ORNo_41_31-May-26.xls")),
              "the sentence does not name the file");
     QVERIFY(!desk.control("cmdXls")->isEnabled());
-    QVERIFY(!QApplication::overrideCursor());
+    QVERIFY(!QApplication::overrideCursor() && desk.form->cursor().shape() == Qt::ArrowCursor);
     QVERIFY(!desk.control("Pb")->isVisible());
 
     // A sheet of another name: an error too, and the lines were gone before.
@@ -202,9 +202,13 @@ void frmOrdSheetsTest::anImportedOrderKeepsItsLinesThroughSaveAndExport()
     QCOMPARE(desk.storedLines("42"), QByteArray("1|2|30|120.25\n2|6|0.5|12.5\n3|1|12|450.5"));
     desk.load("42");
     desk.dialogs.takeShown();
+    Qt::CursorShape pointer = Qt::ArrowCursor;
+    desk.dialogs.duringNotice = [&] { pointer = desk.form->cursor().shape(); };
     desk.control<QAbstractButton>("cmdXls")->click();
     QCOMPARE(desk.dialogs.takeShown(), QStringList(QStringLiteral("Successfully Exported")));
     QVERIFY(desk.control("cmdXls")->isEnabled());
+    QCOMPARE(pointer, Qt::WaitCursor);
+    QCOMPARE(desk.form->cursor().shape(), Qt::ArrowCursor);
 
     desk.press(Qt::Key_F2);
     import(captions);

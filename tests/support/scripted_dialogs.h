@@ -17,6 +17,8 @@ public:
     void notice(const std::string &text, Icon icon = Icon::None, Title title = Title::Product) override
     {
         remember(text, icon, title);
+        if (duringNotice)
+            duringNotice();
     }
 
     bool question(const std::string &text, Icon icon = Icon::Question, Title title = Title::Product) override
@@ -61,6 +63,7 @@ public:
     QList<int> errors;
     std::string lastConsequence;          ///< of the last error
     QStringList lastDetails;              ///< of the last error, "label: text"
+    std::function<void()> duringNotice;   ///< while a notice is on the screen
     std::function<void()> duringQuestion; ///< while a question is on the screen
     Icon lastIcon = Icon::None;
     Title lastTitle = Title::Product;
