@@ -40,6 +40,7 @@ ErrorBox::ErrorBox(const AppError &error, const QString &title, QWidget *parent)
             ? tr("No order was changed by this. Put the cause right and try again; the form stays open.")
             : shown(error.consequence()));
     setDetailedText(detailLines(error));
+    giveDetailsAKey();
     setDefaultButton(Ok);
     setEscapeButton(Ok);
     // A button of a message box closes it; this one only copies.
@@ -49,6 +50,21 @@ ErrorBox::ErrorBox(const AppError &error, const QString &title, QWidget *parent)
     if (auto *row = findChild<QDialogButtonBox *>())
         copyButton->disconnect(row);
     connect(copyButton, &QAbstractButton::clicked, this, &ErrorBox::copy);
+}
+
+/// The toolkit's button for the details has no key, and gets another caption at each press.
+void ErrorBox::giveDetailsAKey()
+{
+    for (QAbstractButton *button : buttons()) {
+        if (buttonRole(button) != ActionRole)
+            continue;
+        const auto mark = [button] {
+            button->setText(button->text().replace(QLatin1String("Details"), QLatin1String("&Details")));
+        };
+        mark();
+        // Behind the box's own answer to the press, which sets the caption.
+        connect(button, &QAbstractButton::clicked, this, mark, Qt::QueuedConnection);
+    }
 }
 
 QString ErrorBox::wholeText() const

@@ -20,6 +20,7 @@ public:
     [[nodiscard]] QString wholeText() const;
 
 private:
+    void giveDetailsAKey();
     void copy() const;
 };
 

@@ -17,6 +17,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTextEdit>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -117,6 +118,13 @@ void BoxesTest::errorShowsNumberAndSentence()
                              QVERIFY(box.isVisible()); // copying does not answer the box
                              const QString copied = QApplication::clipboard()->text();
                              QVERIFY(copied.contains(box.text()) && copied.contains(box.detailedText()));
+                             // The details have a key of their own, to unfold them and to fold them again.
+                             const auto *details = box.findChild<QTextEdit *>();
+                             QVERIFY(QTest::qWaitForWindowActive(&box));
+                             for (const bool unfolded : {true, false}) {
+                                 QTest::keyClick(&box, Qt::Key_D, Qt::AltModifier);
+                                 QTRY_COMPARE(details->isVisible(), unfolded);
+                             }
                              QTest::keyClick(&box, Qt::Key_Escape);
                              QTRY_VERIFY(!box.isVisible());
                          });
