@@ -125,8 +125,15 @@ QWidget *Main::createClosedPage()
 
 void Main::showChild(QWidget *form)
 {
-    m_child = m_area->addSubWindow(form);
+    // It follows this window's size for good: brought down to an icon or a frame it would only be in the way
+    // of a user without a mouse. It can be closed.
+    m_child = m_area->addSubWindow(form, Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                             Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
     m_child->setAttribute(Qt::WA_DeleteOnClose);
+    // The toolkit draws a child's icon beside the menu, cut off on a doubled screen; this window has its own.
+    QPixmap nothing(1, 1);
+    nothing.fill(Qt::transparent);
+    m_child->setWindowIcon(QIcon(nothing));
     // Its own menu would claim the key of the Window menu's entry for itself.
     m_child->setSystemMenu(nullptr);
     connect(m_child, &QObject::destroyed, this, &Main::childClosed);

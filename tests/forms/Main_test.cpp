@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTest>
@@ -97,6 +98,21 @@ void MainTest::innerSizeIsKeptInTheSession()
     QTRY_COMPARE(m_station->session.MdiWidth, 1100);
     QCOMPARE(m_station->session.MdiHeight, area->height());
     QVERIFY(area->height() < 700 && area->height() > 600); // Menu and status bar are outside.
+    // Activation measures again, and the child fills what was measured.
+    m_station->session.MdiWidth = m_station->session.MdiHeight = 0;
+    QEvent activated(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(&window, &activated);
+    QCOMPARE(QSize(m_station->session.MdiWidth, m_station->session.MdiHeight), area->size());
+    int closed = 0;
+    auto *child = new Child(closed);
+    window.showChild(child);
+    for (const QSize size : {QSize(900, 600), QSize(1300, 800)}) {
+        window.resize(size);
+        QTRY_COMPARE(child->size(), QSize(m_station->session.MdiWidth, m_station->session.MdiHeight));
+    }
+    // There is no way to make it smaller than the window, from which no key would lead back.
+    auto *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
+    QVERIFY(frame->isMaximized() && !(frame->windowFlags() & Qt::WindowMinMaxButtonsHint));
 }
 
 void MainTest::closingTheChildAloneLeavesAWayOut()
