@@ -45,9 +45,9 @@ GridView::GridView(TextGrid &grid, Selection selection, QWidget *parent)
     layOutColumns();
 }
 
-void GridView::setStretchColumn(int column)
+void GridView::setStretchColumns(std::set<int> columns)
 {
-    m_stretchColumn = column;
+    m_stretchColumns = std::move(columns);
     layOutColumns();
 }
 
@@ -176,33 +176,58 @@ int GridView::naturalWidth(int column) const
     return qCeil(width + kCellPadding * cells.horizontalAdvance(QLatin1Char('0')));
 }
 
+/// Of the columns that are shown.
+std::map<int, int> GridView::naturalWidths() const
+{
+    std::map<int, int> widths;
+    for (int column = 0; column < m_grid.columns(); ++column) {
+        const TextGrid::Heading &heading = m_grid.heading(column);
+        if (heading.widthInCharacters > 0 || !heading.text.empty())
+            widths[column] = naturalWidth(column);
+    }
+    return widths;
+}
+
+int GridView::neededWidth() const
+{
+    int together = 2 * frameWidth() + verticalScrollBar()->sizeHint().width();
+    for (const auto &[column, width] : naturalWidths())
+        together += width;
+    return together;
+}
+
 void GridView::layOutColumns()
 {
     // Called once by a base class before the model stands.
     if (!m_model)
         return;
     verticalHeader()->setDefaultSectionSize(qCeil(QFontMetricsF(font()).height() * kRowHeight));
-    std::map<int, int> widths; // of the columns that are shown
+    std::map<int, int> widths = naturalWidths();
     int together = 0;
     for (int column = 0; column < m_grid.columns(); ++column) {
-        const TextGrid::Heading &heading = m_grid.heading(column);
-        const bool hidden = heading.widthInCharacters == 0 && heading.text.empty();
-        setColumnHidden(column, hidden);
-        if (!hidden)
-            together += widths[column] = naturalWidth(column);
+        const auto width = widths.find(column);
+        setColumnHidden(column, width == widths.end());
+        together += width == widths.end() ? 0 : width->second;
     }
-    const int spare = m_stretchColumn ? viewport()->width() - together : 0;
-    int left = qMax(0, spare);
+    const int spare = m_stretchColumns.empty() ? 0 : qMax(0, viewport()->width() - together);
+    int left = spare;
     for (auto &[column, width] : widths) {
         // On a wide screen all columns grow a little, or the figures would end up far from their names.
-        if (spare > 0 && column != *m_stretchColumn) {
+        if (!m_stretchColumns.contains(column)) {
             const int share = spare * width / together / 2;
             width += share;
             left -= share;
         }
     }
+    auto stretching = static_cast<int>(m_stretchColumns.size());
+    for (const int column : m_stretchColumns) {
+        const int share = left / stretching--;
+        left -= share;
+        if (const auto width = widths.find(column); width != widths.end())
+            width->second += share;
+    }
     for (const auto &[column, width] : widths)
-        setColumnWidth(column, m_stretchColumn == column ? width + left : width);
+        setColumnWidth(column, width);
 }
 
 } // namespace ui

@@ -11,7 +11,7 @@
 #include <QTableView>
 
 #include <map>
-#include <optional>
+#include <set>
 
 namespace ui {
 
@@ -25,8 +25,8 @@ public:
     /// The grid must outlive the view.
     GridView(TextGrid &grid, Selection selection, QWidget *parent = nullptr);
 
-    /// The column that takes most of the room that is left over; the others share half of it.
-    void setStretchColumn(int column);
+    /// The columns that take most of the room that is left over, in equal parts; the others share half of it.
+    void setStretchColumns(std::set<int> columns);
     /// A text that the column must show unclipped, whatever its heading is.
     void setWidestText(int column, const QString &text);
 
@@ -34,6 +34,8 @@ public:
     /// no tip.
     void setHeadingTips(const QStringList &tips) { m_model->setHeadingTips(tips); }
 
+    /// The least width in which every column is in sight at once, beside a vertical scroll bar.
+    [[nodiscard]] int neededWidth() const;
     /// Place of a cell in the coordinates of the viewport.
     [[nodiscard]] QRect cellRect(int row, int column) const;
     void scrollToRow(int row, ScrollHint hint = EnsureVisible);
@@ -69,11 +71,12 @@ protected:
 private:
     void followGrid(int row, int column);
     void layOutColumns();
+    [[nodiscard]] std::map<int, int> naturalWidths() const;
     [[nodiscard]] int naturalWidth(int column) const;
 
     TextGrid &m_grid;
     GridModel *m_model;
-    std::optional<int> m_stretchColumn;
+    std::set<int> m_stretchColumns;
     std::map<int, QString> m_widestTexts;
     std::pair<int, int> m_reported{-1, -1};
 };

@@ -331,6 +331,12 @@ void frmOrd::showEvent(QShowEvent *event)
         ui::guarded(this, [this] { Form_Activate(); });
 }
 
+void frmOrd::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    m_ui->placeWhy(width());
+}
+
 void frmOrd::closeEvent(QCloseEvent *event)
 {
     if (m_busy) {

@@ -29,12 +29,13 @@ void frmOrd::connectWhy()
     });
 }
 
-/// Opens the panel beside the lines, or closes it.
+/// Opens the panel beside or below the lines, or closes it.
 void frmOrd::cmdWhy_Click()
 {
     if (m_ui->fmWhy->isVisible())
         return closeWhy();
     m_ui->cmdWhy->setChecked(true);
+    m_ui->placeWhy(width()); // The headings have other widths by now.
     m_ui->fmWhy->show();
     explainLine();
 }

@@ -6,6 +6,7 @@
 #include "forms/frmOrd/frmOrd_words.h"
 #include "orders/order.h"
 
+#include <QBoxLayout>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -22,6 +23,9 @@ constexpr int kBandMargin = 10;
 constexpr int kFieldGap = 8;
 constexpr int kGroupGap = 36;
 constexpr int kFieldRows = 3;
+/// Of the height when the panel lies below the lines.
+constexpr int kLinesShare = 4;
+constexpr int kWhyShare = 5;
 
 /// Columns of the field band: the order at the left, what the proposal starts from at the right.
 enum FieldColumn {
@@ -131,7 +135,7 @@ void frmOrdUi::createGrid(TextGrid &lines)
 {
     fgList = new ui::GridView(lines, ui::GridView::Selection::Cells, innerShape);
     fgList->setObjectName(QStringLiteral("fgList"));
-    fgList->setStretchColumn(orders::kColPartName);
+    fgList->setStretchColumns({orders::kColPartName});
     fgList->setHeadingTips(words::columnTips());
     fgList->setWidestText(orders::kColRate, QStringLiteral("9999999.00"));
     fgList->setWidestText(orders::kColAmount, QStringLiteral("9999999.00"));
@@ -231,8 +235,11 @@ void frmOrdUi::arrange(QWidget *form)
     auto *grid = gridBand();
     auto *actions = actionBand();
     auto *fields = fieldBand();
-    bands->addWidget(lblName);
-    bands->addWidget(separators[0]);
+    auto *heading = new QVBoxLayout;
+    heading->setSpacing(0);
+    heading->addWidget(lblName);
+    heading->addWidget(separators[0]);
+    bands->addLayout(heading);
     bands->addLayout(fields);
     bands->addWidget(separators[1]);
     bands->addLayout(grid, 1);
@@ -302,15 +309,30 @@ QLayout *frmOrdUi::gridBand()
     inside->setContentsMargins(0, 0, 0, 0);
     inside->setSpacing(kFieldGap / 2);
     inside->addWidget(createLabel(tr("Order &lines:"), fgList));
-    auto *sideBySide = new QHBoxLayout;
-    sideBySide->setSpacing(kBandMargin);
-    sideBySide->addWidget(fgList, 4);
-    sideBySide->addWidget(fmWhy, 3);
-    inside->addLayout(sideBySide, 1);
+    linesAndWhy = new QBoxLayout(QBoxLayout::LeftToRight);
+    linesAndWhy->setSpacing(kBandMargin);
+    linesAndWhy->addWidget(fgList);
+    linesAndWhy->addWidget(fmWhy);
+    inside->addLayout(linesAndWhy, 1);
     auto *band = new QVBoxLayout;
     band->setContentsMargins(kBandMargin, 0, kBandMargin, 0);
     band->addWidget(innerShape);
     return band;
+}
+
+void frmOrdUi::placeWhy(int formWidth)
+{
+    const int spare = formWidth - 3 * kBandMargin - fgList->neededWidth();
+    const int beside = fmWhy->widthBeside(spare);
+    const auto direction = beside > 0 ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
+    if (direction != linesAndWhy->direction()) {
+        linesAndWhy->setDirection(direction);
+        fmWhy->setPlace(beside > 0 ? WhyPanel::Place::Beside : WhyPanel::Place::Below);
+    }
+    fmWhy->setMinimumWidth(beside);
+    fmWhy->setMaximumWidth(beside > 0 ? beside : QWIDGETSIZE_MAX);
+    linesAndWhy->setStretchFactor(fgList, beside > 0 ? 1 : kLinesShare);
+    linesAndWhy->setStretchFactor(fmWhy, beside > 0 ? 0 : kWhyShare);
 }
 
 QLayout *frmOrdUi::printBand()

@@ -21,6 +21,7 @@
 
 #include <array>
 
+class QBoxLayout;
 class QGridLayout;
 class QLayout;
 class WhyPanel;
@@ -35,6 +36,10 @@ public:
 
     /// Puts the controls into layouts, in the order in which the form names its parts.
     void arrange(QWidget *form);
+
+    /// Puts the panel where every column of the lines stays in sight: beside them if the form is wide enough
+    /// for both, else below.
+    void placeWhy(int formWidth);
 
     QFrame *Pic;
     QFrame *outerShape; ///< rim of the whole form
@@ -60,7 +65,8 @@ public:
     ui::TextBox *txtItem; ///< the cell editor, on the grid's viewport
 
     QPushButton *cmdWhy;
-    WhyPanel *fmWhy; ///< beside the grid; closed until it is asked for
+    WhyPanel *fmWhy; ///< beside or below the grid; closed until it is asked for
+    QBoxLayout *linesAndWhy;
 
     QLabel *lblP;
     ui::ComboBox *cmbOrder;

@@ -2,18 +2,24 @@
 
 #include "common/ui/create.h"
 
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr const char *kFormat =
     "<Step                                 |>Figure     |<Where from                      ";
+constexpr int kStepColumns = 3;
 constexpr int kGap = 6;
-constexpr int kWidest = 70; // characters
+constexpr int kWidest = 70;  // characters
+constexpr int kHighest = 22; // lines of text
+constexpr int kPartCharacters = 24;
 
 } // namespace
 
@@ -29,32 +35,34 @@ WhyPanel::WhyPanel(QWidget *parent)
     m_words->setFont(bold);
     m_words->setTextFormat(Qt::PlainText);
     m_view->setObjectName(QStringLiteral("fgWhy"));
-    m_view->setStretchColumn(2);
     // Where a figure comes from takes more than a line in a narrow window.
     m_view->setWordWrap(true);
     m_view->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    // As low as the text allows, so that the last step, the quantity, is in sight too.
+    // As low as the text allows, so that the last step, the quantity, is in sight too; the hidden header
+    // would ask for the room of its own sections.
     m_view->verticalHeader()->setMinimumSectionSize(1);
-    // No wider than its words need: what is left shows more columns of the lines.
-    setMaximumWidth(fontMetrics().horizontalAdvance(QLatin1Char('0')) * kWidest);
+    m_view->verticalHeader()->setStyleSheet(QStringLiteral("QHeaderView::section { padding: 0; }"));
     m_view->setAccessibleName(tr("Steps of the quantity"));
     m_view->setToolTip(tr("How the quantity of the current line is worked out, step by step"));
-    m_figures.setFormatString(kFormat);
     m_part->setKeys(ui::TextBox::Keys::UpperCase);
     m_part->setAccessibleName(tr("Part number that is missing"));
     m_part->setToolTip(tr("Type a part number and press Enter to see why it is not in the proposal"));
     auto *partLabel = new QLabel(tr("Missin&g part:"), this);
     partLabel->setBuddy(m_part);
 
-    auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(kGap);
-    column->addWidget(m_words);
-    column->addWidget(m_view, 1);
     auto *part = new QHBoxLayout;
     part->addWidget(partLabel);
     part->addWidget(m_part, 1);
-    column->addLayout(part);
+    m_column = new QGridLayout(this);
+    m_column->setContentsMargins(0, 0, 0, 0);
+    m_column->setSpacing(kGap);
+    m_column->setRowStretch(1, 1);
+    m_column->setColumnStretch(0, 1);
+    m_column->addWidget(m_words, 0, 0);
+    m_column->addWidget(m_view, 1, 0, 1, 2);
+    m_column->addLayout(part, 2, 0, 1, 2);
+    m_partRow = part;
+    setPlace(Place::Beside);
     connect(m_part, &ui::TextBox::enterPressed, this, [this] { emit partAsked(m_part->text().trimmed()); });
 }
 
@@ -64,18 +72,55 @@ WhyPanel::~WhyPanel()
     delete m_view;
 }
 
-void WhyPanel::showSteps(const QString &words, const std::vector<orders::ExplanationLine> &steps)
+int WhyPanel::widthBeside(int spare) const
+{
+    const int least = m_view->neededWidth() / m_groups;
+    const int widest = fontMetrics().horizontalAdvance(QLatin1Char('0')) * kWidest;
+    return spare < least ? 0 : std::min(spare, widest);
+}
+
+void WhyPanel::setPlace(Place place)
+{
+    const bool beside = place == Place::Beside;
+    m_groups = beside ? 1 : 2;
+    m_figures.setColumns(m_groups * kStepColumns);
+    m_figures.setFormatString(beside ? kFormat : std::string(kFormat) + '|' + kFormat);
+    m_view->setStretchColumns(beside ? std::set{2} : std::set{2, 5});
+    // Below the lines height is dear: the part to ask for stands in the line of the words.
+    m_column->removeItem(m_partRow);
+    if (beside)
+        m_column->addLayout(m_partRow, 2, 0, 1, 2);
+    else
+        m_column->addLayout(m_partRow, 0, 1);
+    const int partWidth = fontMetrics().horizontalAdvance(QLatin1Char('0')) * kPartCharacters;
+    m_part->setMaximumWidth(beside ? QWIDGETSIZE_MAX : partWidth);
+    m_part->setMinimumWidth(beside ? 0 : partWidth);
+    setMaximumHeight(beside ? QWIDGETSIZE_MAX : fontMetrics().height() * kHighest);
+    fillFigures();
+}
+
+void WhyPanel::showSteps(const QString &words, std::vector<orders::ExplanationLine> steps)
 {
     m_words->setText(words);
+    m_steps = std::move(steps);
+    fillFigures();
+}
+
+/// Fills the groups of columns one after the other, each from top to bottom.
+void WhyPanel::fillFigures()
+{
     const TextGrid::Batch batch(m_figures);
+    const int rows = (static_cast<int>(m_steps.size()) + m_groups - 1) / m_groups;
     m_figures.clear();
-    m_figures.setRows(static_cast<int>(steps.size()) + 1);
-    int row = 1;
-    for (const orders::ExplanationLine &step : steps) {
-        m_figures.setText(row, 0, step.label);
-        m_figures.setText(row, 1, step.value);
-        m_figures.setText(row, 2, step.note);
-        ++row;
+    m_figures.setRows(rows + 1);
+    int at = 0;
+    for (const orders::ExplanationLine &step : m_steps) {
+        const int row = at % rows + 1;
+        const int first = at / rows * kStepColumns;
+        m_figures.setText(row, first, step.label);
+        m_figures.setText(row, first + 1, step.value);
+        m_figures.setText(row, first + 2, step.note);
+        ++at;
     }
 }
 

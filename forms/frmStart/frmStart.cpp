@@ -72,7 +72,7 @@ frmStart::~frmStart()
 void frmStart::layOut()
 {
     m_fgList->setMinimumSize(kGridSize);
-    m_fgList->setStretchColumn(kColName);
+    m_fgList->setStretchColumns({kColName});
     m_fgList->setAccessibleName(tr("Companies"));
     m_fgList->setToolTip(
         tr("Enter opens the company's latest year; a click or an arrow key lists its years"));

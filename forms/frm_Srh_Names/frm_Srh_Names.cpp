@@ -29,7 +29,7 @@ frm_Srh_Names::frm_Srh_Names(const forms::Context &context, QWidget *parent)
     , m_txtName(
           addSearchBox("txtName", tr("&Name"), tr("Type the beginning of the name; Down goes to the list")))
 {
-    m_fgList->setStretchColumn(kColName);
+    m_fgList->setStretchColumns({kColName});
     m_fgList->setAccessibleName(tr("Suppliers"));
     m_fgList->setToolTip(tr("Enter or a double click takes the supplier"));
     auto *list = new QVBoxLayout;

@@ -71,7 +71,7 @@ frm_Srh_Spares::~frm_Srh_Spares()
 
 void frm_Srh_Spares::layOutLists()
 {
-    m_fgList->setStretchColumn(kColName);
+    m_fgList->setStretchColumns({kColName});
     m_fgList->setAccessibleName(tr("Spare parts"));
     m_fgList->setToolTip(tr("Enter or a double click takes the part"));
     m_fgList->setHeadingTips(
@@ -79,7 +79,7 @@ void frm_Srh_Spares::layOutLists()
          tr("Stock in hand of this year: all that came in less all that went out, row by "
             "row; empty when nothing was ever moved"),
          tr("Where the part lies in the store")});
-    m_fgVeh->setStretchColumn(0);
+    m_fgVeh->setStretchColumns({0});
     m_fgVeh->setAccessibleName(tr("Vehicle models of the highlighted part"));
     m_fgVeh->setToolTip(tr("Vehicles that the highlighted part fits"));
     m_fgVeh->setFocusPolicy(Qt::NoFocus);

@@ -1,13 +1,10 @@
 // The order form's modes, fields, messages, saving and loading.
-#include "common/ui/key_card.h"
 #include "tests/forms/order_desk.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDialog>
 #include <QFile>
-#include <QLabel>
-#include <QSet>
 
 #include <array>
 
@@ -37,8 +34,6 @@ private slots:
     void aFailedSaveSaysWhatIsStored();
     void closingIsRefusedWhileTheFillRuns();
     void aPauseOverMidnightIsLeftByClosing();
-    void everyControlIsNamedAndEveryMnemonicIsItsOwn();
-    void tabGoesInTheOrderOfWork();
 };
 
 void frmOrdTest::newModeAssignsTheNumberAndTheDate()
@@ -444,56 +439,6 @@ void frmOrdTest::aPauseOverMidnightIsLeftByClosing()
     QCOMPARE(pauses, 100);
     QVERIFY(desk.shell.ended());
     QVERIFY(!data::dataSourceFile("VELK_OTH_MAIN"));
-}
-
-void frmOrdTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()
-{
-    OrderDesk desk;
-    desk.open();
-    QSet<QChar> mnemonics;
-    for (QWidget *widget : desk.form->findChildren<QWidget *>()) {
-        const QString caption = widget->property("text").toString();
-        const auto mark = caption.indexOf(QLatin1Char('&'));
-        const bool hasMnemonic = qobject_cast<QLabel *>(widget) || qobject_cast<QAbstractButton *>(widget);
-        if (hasMnemonic && mark >= 0) {
-            const QChar letter = caption[mark + 1].toLower();
-            QVERIFY2(!mnemonics.contains(letter), qPrintable(caption));
-            mnemonics << letter;
-        }
-        const bool isOurs =
-            widget->window() == desk.form.get() && !widget->objectName().startsWith(QStringLiteral("qt_"));
-        if (isOurs && (widget->focusPolicy() & Qt::TabFocus) && widget->isVisible())
-            QVERIFY2(!widget->objectName().isEmpty() && !widget->accessibleName().isEmpty(),
-                     widget->metaObject()->className());
-    }
-    QVERIFY(mnemonics.size() >= 18);
-    QVERIFY(!ui::keyCard(desk.form.get()).isEmpty());
-    for (int column = 0; column < orders::kColumns; ++column)
-        QVERIFY(!desk.lines()->headerData(column, Qt::Horizontal, Qt::ToolTipRole).toString().isEmpty());
-}
-
-void frmOrdTest::tabGoesInTheOrderOfWork()
-{
-    OrderDesk desk;
-    desk.open();
-    desk.press(Qt::Key_F3);
-    QStringList order(desk.focus());
-    for (int step = 0; step < 40 && (order.size() == 1 || desk.focus() != order.first()); ++step) {
-        desk.press(Qt::Key_Tab);
-        QCoreApplication::processEvents(); // the grid hands the focus to its editor
-        if (desk.focus() != order.last())
-            order << desk.focus();
-    }
-    QCOMPARE(order.join(QLatin1Char(' ')),
-             QStringLiteral(
-                 "txtOrdNo dtpOrdDate cmdSup txtSName txtPlace cmbType cmbMonth dtpAvgFrom txtMQ cmdView "
-                 "txtItem cmbOrder chkRat CmdSave cmdExit cmdWhy cmdXls cmdPaper txtOrdNo"));
-    // And back out of the editor, past the grid.
-    desk.enter(1, orders::kColPartNo);
-    desk.control("txtItem")->setFocus();
-    desk.press(Qt::Key_Backtab);
-    QCoreApplication::processEvents();
-    QCOMPARE(desk.focus(), QStringLiteral("cmdView"));
 }
 
 QTEST_MAIN(frmOrdTest)

@@ -285,7 +285,7 @@ void WidgetsTest::columnsAreNeverNarrowerThanTheirStrings()
 {
     TextGrid grid(4);
     ui::GridView view(grid, ui::GridView::Selection::Rows);
-    view.setStretchColumn(1);
+    view.setStretchColumns({1});
     grid.setFormatString("^Sl.No.  |<Part Name                       |>Rate      ||");
     view.setWidestText(2, u"9999999.00"_s);
     view.resize(900, 200);
