@@ -2,7 +2,6 @@
 
 #include "common/null_safe.h"
 #include "data/recordset.h"
-#include "data/schema.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -24,11 +23,10 @@ FillDealer::FillDealer(const std::string &folder)
     session.AppPath = m_scratch;
     session.ServerPath = (fs::path(folder) / "server").string();
     session.SPID = 1;
-    conLayouts.setDurable(data::Durable::No);
-    open(conLayouts, m_scratch + "/Layouts.mdb");
-    open(conMain, session.ServerPath + "/DataBas/Main.mdb");
+    conLayouts = data::openFile(m_scratch + "/Layouts.mdb", data::Durable::No);
+    conMain = data::openFile(session.ServerPath + "/DataBas/Main.mdb");
     learnYears();
-    open(conYear, yearFiles().front());
+    conYear = data::openFile(yearFiles().front());
 }
 
 FillDealer::~FillDealer()
@@ -36,13 +34,6 @@ FillDealer::~FillDealer()
     conLayouts.close();
     std::error_code ignored;
     fs::remove_all(m_scratch, ignored);
-}
-
-void FillDealer::open(data::Connection &connection, const std::string &file)
-{
-    connection.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + file +
-                                   ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-    connection.open();
 }
 
 void FillDealer::learnYears()
@@ -59,8 +50,7 @@ void FillDealer::learnYears()
         throw std::runtime_error(m_folder + " has no financial year; make-dealership makes one");
     session.DbMst = m_codes.front();
     for (const std::string &file : yearFiles()) {
-        data::Connection year;
-        open(year, file);
+        const data::Connection year = data::openFile(file);
         const auto dates = year.engine().scan("Stock_Stock", {"StkDate"});
         while (const std::size_t rows = dates->next()) {
             m_movements += static_cast<std::int64_t>(rows);

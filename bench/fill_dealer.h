@@ -34,7 +34,6 @@ public:
     data::Connection conYear;
 
 private:
-    void open(data::Connection &connection, const std::string &file);
     void learnYears();
 
     std::string m_folder;

@@ -141,9 +141,7 @@ public:
         : period{.from = year.firstDay(), .orderDate = Date::fromSerial(year.lastDay().serial() + 1)}
     {
         m_session.ServerPath = year.serverPath();
-        m_main.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + year.serverPath() +
-                                   "\\DataBas\\Main.mdb;Jet OLEDB:Database Password=" + kPassword);
-        m_main.open();
+        m_main = data::openFile(year.serverPath() + "\\DataBas\\Main.mdb");
         data::Recordset years("Select * from Years Order by Code Desc", m_main);
         m_session.ComCode = Null_Str(years.field("ComCode"));
         years.close();

@@ -41,10 +41,7 @@ public:
         , m_file(year.yearFile())
         , m_native(year.nativeFile())
     {
-        m_connection.setConnectionString(
-            "Provider=Microsoft.jet.oledb.3.51; Data Source=" + m_file +
-            ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-        m_connection.open();
+        m_connection = data::openFile(m_file);
     }
 
     void measure(const std::string &name, const std::string &text, bool afterChange)

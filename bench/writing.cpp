@@ -2,7 +2,6 @@
 #include "bench/sections.h"
 #include "data/connection.h"
 #include "data/jet/database.h"
-#include "data/schema.h"
 #include "orders/persistence.h"
 
 #include <algorithm>
@@ -49,10 +48,7 @@ void saveNative(NativeDatabase &native, int number)
 
 void measureOrder(Report &report, const YearCopy &year)
 {
-    data::Connection connection;
-    connection.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + year.yearFile() +
-                                   ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-    connection.open();
+    const data::Connection connection = data::openFile(year.yearFile());
     const TextGrid lines = orderLines(year);
     orders::OrderHeader header;
     header.number = 20'000;

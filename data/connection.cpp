@@ -60,4 +60,13 @@ Engine &Connection::engine() const
     return *m_engine;
 }
 
+Connection openFile(const std::string &file, Durable durable)
+{
+    Connection connection;
+    connection.setConnectionString(fileConnectionString(file));
+    connection.setDurable(durable);
+    connection.open();
+    return connection;
+}
+
 } // namespace data

@@ -42,4 +42,7 @@ private:
     std::unique_ptr<Engine> m_engine;
 };
 
+/// A connection, opened, to a file that has the installation's password. Throws as Connection::open() does.
+[[nodiscard]] Connection openFile(const std::string &file, Durable durable = Durable::Yes);
+
 } // namespace data

@@ -2,6 +2,7 @@
 
 #include "common/errors.h"
 #include "common/format.h"
+#include "data/schema.h"
 
 namespace data {
 
@@ -19,6 +20,12 @@ std::string_view takePart(std::string_view &rest)
 }
 
 } // namespace
+
+std::string fileConnectionString(const std::string &file)
+{
+    return "Provider=Microsoft.jet.oledb.3.51; Data Source=" + file +
+           ";Jet OLEDB:Database Password=" + std::string(schema::kPassword);
+}
 
 ConnectionTarget parseConnectionString(std::string_view text)
 {

@@ -19,4 +19,7 @@ struct ConnectionTarget
 /// met.
 [[nodiscard]] ConnectionTarget parseConnectionString(std::string_view text);
 
+/// The first of these forms, for a file that has the installation's password.
+[[nodiscard]] std::string fileConnectionString(const std::string &file);
+
 } // namespace data

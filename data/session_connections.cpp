@@ -3,6 +3,7 @@
 #include "common/errors.h"
 #include "common/null_safe.h"
 #include "common/numbers.h"
+#include "data/connection_string.h"
 #include "data/data_sources.h"
 #include "data/paths.h"
 #include "data/recordset.h"
@@ -12,7 +13,6 @@ namespace data {
 
 namespace {
 
-const std::string kJetSource = "Provider=Microsoft.jet.oledb.3.51; Data Source=";
 const std::string kPassword(schema::kPassword);
 
 void requireServer(const Session &session)
@@ -119,8 +119,7 @@ void Open_Data(Environment &environment, const std::string &code)
 
 void Open_SerPath(Environment &environment, Connection &connection)
 {
-    openNew(connection, kJetSource + environment.session.AppPath +
-                            "\\SerPath.mdb;Jet OLEDB:Database Password=" + kPassword);
+    openNew(connection, fileConnectionString(environment.session.AppPath + "\\SerPath.mdb"));
 }
 
 void Open_Main(Environment &environment, Connection &connection)
@@ -132,7 +131,7 @@ void Open_Layouts(Environment &environment, Connection &connection)
 {
     // The doubled semicolon is part of the text. Nothing in the scratch tables need survive a power cut.
     openNew(connection,
-            kJetSource + environment.session.AppPath +
+            "Provider=Microsoft.jet.oledb.3.51; Data Source=" + environment.session.AppPath +
                 "\\Layouts.mdb;;Jet OLEDB:Database Password=" + kPassword,
             Durable::No);
     environment.session.LayoutsFile = environment.session.AppPath + "\\Layouts.mdb";
@@ -151,8 +150,7 @@ void Open_YearDb(const Session &session, Connection &connection, const std::stri
     if (code.empty())
         return;
     requireServer(session);
-    openNew(connection, kJetSource + session.ServerPath + "\\DataBas\\" + code +
-                            ".mdb;Jet OLEDB:Database Password=" + kPassword);
+    openNew(connection, fileConnectionString(session.ServerPath + "\\DataBas\\" + code + ".mdb"));
 }
 
 } // namespace data

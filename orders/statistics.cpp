@@ -164,24 +164,22 @@ Currency Statistics::Stk_OutQty(const Period &period, std::int32_t item) const
                                   listed(kNotOutgoingForms) +
                                   " and Stock_Stock.ItemCode= " + std::to_string(item) +
                                   "  GROUP BY Stock_Stock.ItemCode, PartCode Order by PartCode";
-    Currency total;
-    for (std::size_t k = 0; k < m_count; ++k) {
-        Recordset sums(statement, m_period[k]);
-        if (sums.hasRows())
-            total += Null_Cur(sums.field("SumOfOtQty"));
-        sums.close();
-    }
-    return total;
+    return totalOf(statement, "SumOfOtQty");
 }
 
 Currency Statistics::Stk_SalQty(const Period &period, std::int32_t item) const
 {
     const std::string statement = "Select Sum(OTQty) as at from Stock_Stock" + saleCondition(period, item);
+    return totalOf(statement, "At");
+}
+
+Currency Statistics::totalOf(const std::string &statement, const char *field) const
+{
     Currency total;
     for (std::size_t k = 0; k < m_count; ++k) {
         Recordset sums(statement, m_period[k]);
         if (sums.hasRows())
-            total += Null_Cur(sums.field("At"));
+            total += Null_Cur(sums.field(field));
         sums.close();
     }
     return total;

@@ -67,6 +67,8 @@ public:
 
 private:
     void loadItems(const std::string &statement, const data::Connection &database);
+    /// A sum that the statement names `field`, added up over the databases of the period.
+    [[nodiscard]] Currency totalOf(const std::string &statement, const char *field) const;
 
     const Session &m_session;
     const data::Connection &m_main;

@@ -3,7 +3,6 @@
 #include "common/null_safe.h"
 #include "data/connection.h"
 #include "data/recordset.h"
-#include "data/schema.h"
 #include "output/layout_reader.h"
 
 #include <algorithm>
@@ -33,10 +32,7 @@ void requireColumn(const data::Recordset &table, const Layout &layout, const Col
 ReportData::ReportData(const std::string &database, const Layout &layout)
 {
     // A connection of its own: what was written must be read from the file, whoever has it open besides.
-    data::Connection connection;
-    connection.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + database +
-                                   ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-    connection.open();
+    const data::Connection connection = data::openFile(database);
     data::Recordset table("Select * from " + layout.table.toStdString(), connection);
     for (const ColumnUse &use : layout.columns) {
         requireColumn(table, layout, use);

@@ -74,15 +74,6 @@ void inspectFolder(const std::string &name, const std::string &path, const std::
                  "This user may not write to the folder " + name + "; " + use + ".");
 }
 
-data::Connection openFile(const std::string &path)
-{
-    data::Connection connection;
-    connection.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + path +
-                                   ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-    connection.open();
-    return connection;
-}
-
 void inspectYear(const std::string &databases, const data::Recordset &year, Findings &findings)
 {
     const std::string code = Null_Str(year.field("DBMst"));
@@ -91,7 +82,7 @@ void inspectYear(const std::string &databases, const data::Recordset &year, Find
                              ", " + Null_Str(year.field("Town"));
     if (!inspectDatabase(name, path, data::schema::yearTables(), findings))
         return;
-    const data::Connection connection = openFile(path);
+    const data::Connection connection = data::openFile(path);
     const data::Recordset header("Select * from AAddress Where DBMst = '" + code + "'", connection);
     if (!header.hasRows())
         findings.wanting(name + " has no company header: dealer prices cannot be chosen.");
@@ -99,7 +90,7 @@ void inspectYear(const std::string &databases, const data::Recordset &year, Find
 
 void inspectCompanies(const std::string &databases, Findings &findings)
 {
-    const data::Connection main = openFile(databases + "Main.mdb");
+    const data::Connection main = data::openFile(databases + "Main.mdb");
     const data::Recordset users("Select * from Pass", main);
     if (!users.hasRows())
         findings.wanting("Main.mdb lists no users: nobody can log in.");

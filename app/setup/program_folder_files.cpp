@@ -34,12 +34,7 @@ void makeMissing(const fs::path &file, const std::vector<jet::TableSpec> &tables
 
 data::Connection openSerPath(const std::string &programFolder)
 {
-    data::Connection connection;
-    connection.setConnectionString(
-        "Provider=Microsoft.jet.oledb.3.51; Data Source=" + programFolder +
-        "\\SerPath.mdb;Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-    connection.open();
-    return connection;
+    return data::openFile(programFolder + "\\SerPath.mdb");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "common/errors.h"
 #include "common/numbers.h"
+#include "data/sql/types.h"
 
 #include <array>
 #include <cmath>
@@ -258,20 +259,7 @@ double decimalNumber(sqlite3_value *packed)
 
 bool isSearchable(ColumnType type)
 {
-    switch (type) {
-    case ColumnType::Boolean:
-    case ColumnType::Byte:
-    case ColumnType::Integer:
-    case ColumnType::Long:
-    case ColumnType::Currency:
-    case ColumnType::Single:
-    case ColumnType::Double:
-    case ColumnType::DateTime:
-    case ColumnType::Text:
-        return true;
-    default:
-        return false;
-    }
+    return type == ColumnType::Text || (isNumber(type) && type != ColumnType::Decimal);
 }
 
 Bound boundFor(sqlite3_value *value, ColumnType type, BoundSide side)
