@@ -38,8 +38,8 @@ public:
     /// Rounded to a 64-bit whole number, halves to the even neighbour.
     [[nodiscard]] std::int64_t toUnits() const;
 
-    // The check takes the zero that the compiler compares with for a pointer.
-    auto operator<=>(const Currency &) const = default; // NOLINT(modernize-use-nullptr)
+    auto
+    operator<=>(const Currency &) const = default; // NOLINT(modernize-use-nullptr): the compiler's own zero
 
     friend Currency operator+(Currency a, Currency b);
     friend Currency operator-(Currency a, Currency b);

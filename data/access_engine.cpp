@@ -83,9 +83,13 @@ public:
         std::vector<std::size_t> positions;
         for (const std::string &column : columns) {
             const auto position = table.definition().findColumn(column);
-            if (!position)
-                throw SqlError(ErrorNumber::FieldNotFound,
-                               "The table " + name + " has no field " + column + ".");
+            if (!position) {
+                throw SqlError(ErrorNumber::FieldNotFound, std::string("The table ")
+                                                               .append(name)
+                                                               .append(" has no field ")
+                                                               .append(column)
+                                                               .append("."));
+            }
             positions.push_back(*position);
         }
         return std::make_unique<AccessScan>(m_file, table, positions);

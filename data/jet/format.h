@@ -26,7 +26,7 @@ struct RowId
     PageNo page{};
     std::uint8_t slot = 0;
 
-    auto operator<=>(const RowId &) const = default;
+    auto operator<=>(const RowId &) const = default; // NOLINT(modernize-use-nullptr): the compiler's own zero
 
     /// The form that table definitions, moved rows and long values use: page << 8 | slot.
     [[nodiscard]] constexpr std::uint32_t pointer() const { return number(page) << 8 | slot; }

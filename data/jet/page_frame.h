@@ -74,6 +74,8 @@ public:
     }
     ~PagePin()
     {
+        // The check believes that a std::optional destroys its content twice.
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
         if (m_frame != nullptr && --m_frame->pins == 0 && !m_frame->cached)
             PageFrame::Destroy()(m_frame);
     }
