@@ -11,6 +11,7 @@
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QVBoxLayout>
@@ -18,7 +19,8 @@
 namespace {
 
 constexpr QSize kUsualSize(1280, 800);
-constexpr QSize kLeastSize(640, 480);
+constexpr QSize kLeastSize(640, 420); // inside
+constexpr QSize kAround(20, 110);     // frame, menu and status bar, with room to spare
 
 QLabel *statusLabel(const char *name, const QString &text)
 {
@@ -58,7 +60,7 @@ Main::Main(const forms::Context &context)
     ui::setKeyCard(
         this, tr("Main Window"),
         {{tr("Alt+W, Alt+H"), tr("the Window menu, the Help menu")}, {tr("Ctrl+Q"), tr("ends the program")}});
-    setMinimumSize(kLeastSize);
+    m_pages->setMinimumSize(kLeastSize);
     resize(kUsualSize);
 }
 
@@ -137,6 +139,8 @@ void Main::showChild(QWidget *form)
     // Its own menu would claim the key of the Window menu's entry for itself.
     m_child->setSystemMenu(nullptr);
     connect(m_child, &QObject::destroyed, this, &Main::childClosed);
+    // No smaller than the form, whose buttons would be cut off; but never larger than the screen.
+    m_area->setMinimumSize(form->minimumSizeHint().boundedTo(screen()->availableSize() - kAround));
     m_child->showMaximized();
     // A form whose start failed has given the focus to none of its controls, and its keys would be dead.
     if (!form->isAncestorOf(form->focusWidget()))

@@ -10,7 +10,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
-#include <QPushButton>
+#include <QTextEdit>
 
 namespace tour {
 
@@ -161,14 +161,17 @@ void Job::chooseSupplier()
            m_stage.type(QStringLiteral("'"));
        });
     on("runTimeError", QStringLiteral("   I hit a quote first. The error box says that nothing was changed."),
-       [this] {
-           for (QPushButton *button : m_stage.window("runTimeError")->findChildren<QPushButton *>()) {
-               if (button->text().contains(QLatin1String("Details")))
-                   button->click();
-           }
-           m_stage.picture(m_stage.window("runTimeError"), QStringLiteral("error"));
-           m_stage.press(Qt::Key_Escape);
-       });
+       [this] { m_stage.press(Qt::Key_D, Qt::AltModifier); });
+    add(
+        QString(),
+        [this] {
+            const auto *box = m_stage.window("runTimeError");
+            return box && box->findChild<QTextEdit *>()->isVisible();
+        },
+        [this] {
+            m_stage.picture(m_stage.window("runTimeError"), QStringLiteral("error"));
+            m_stage.press(Qt::Key_Escape);
+        });
     on("frm_Srh_Names", QString(), [this] {
         m_stage.press(Qt::Key_Backspace);
         m_stage.type(m_record.supplier.left(kSearchLetters).toLower());

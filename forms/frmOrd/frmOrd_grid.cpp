@@ -5,6 +5,7 @@
 #include "common/ui/connect.h"
 #include "common/ui/text.h"
 #include "forms/frmOrd/frmOrd_ui.h"
+#include "forms/frmOrd/frmOrd_why.h"
 #include "forms/frm_Srh_Spares/frm_Srh_Spares.h"
 #include "orders/stock.h"
 
@@ -174,13 +175,16 @@ void frmOrd::fgList_Scroll()
     hideEditor();
 }
 
-/// The grid became larger or smaller: the cell that is being edited stays in sight, its editor over it.
+/// The grid became larger or smaller: the cell that is being edited stays in sight, its editor over it, and
+/// so does the line that is being explained.
 void frmOrd::followResize()
 {
-    if (!m_ui->txtItem->isVisible())
-        return;
+    const bool edited = m_ui->txtItem->isVisible();
     const bool hadFocus = m_ui->txtItem->hasFocus();
-    m_ui->fgList->scrollTo(m_ui->fgList->currentIndex());
+    if (edited || m_ui->fmWhy->isVisible())
+        m_ui->fgList->scrollTo(m_ui->fgList->currentIndex());
+    if (!edited)
+        return;
     Move_Grid(m_ui->txtItem);
     m_ui->txtItem->show(); // The way there may have hidden it.
     if (hadFocus)

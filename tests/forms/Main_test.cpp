@@ -30,6 +30,7 @@ public:
         : m_closed(closed)
     {}
     bool busy = false;
+    [[nodiscard]] QSize minimumSizeHint() const override { return {700, 500}; }
 
 protected:
     void closeEvent(QCloseEvent *event) override
@@ -110,6 +111,8 @@ void MainTest::innerSizeIsKeptInTheSession()
         window.resize(size);
         QTRY_COMPARE(child->size(), QSize(m_station->session.MdiWidth, m_station->session.MdiHeight));
     }
+    window.resize(100, 100);
+    QTRY_COMPARE(child->size(), child->minimumSizeHint());
     // There is no way to make it smaller than the window, from which no key would lead back.
     auto *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
     QVERIFY(frame->isMaximized() && !(frame->windowFlags() & Qt::WindowMinMaxButtonsHint));
