@@ -3,6 +3,7 @@
 #include "output/libreoffice/workbook_file.h"
 
 #include <com/sun/star/beans/PropertyValue.hpp>
+#include <com/sun/star/beans/XPropertySet.hpp>
 #include <com/sun/star/bridge/UnoUrlResolver.hpp>
 #include <com/sun/star/connection/NoConnectException.hpp>
 #include <com/sun/star/container/NoSuchElementException.hpp>
@@ -282,12 +283,19 @@ void Calc::open(const std::string &file, SpreadsheetApplication::Access access)
     const bool readOnly = guarded(ErrorNumber::Workbook, cannot, [&] {
         return bool(Reference<frame::XStorable>(m_parts->workbook, UNO_QUERY_THROW)->isReadonly());
     });
-    if (writes && readOnly) {
+    if (!writes)
+        return;
+    if (readOnly) {
         close();
         throw AppError(ErrorNumber::Workbook,
                        "The file " + file +
                            " cannot be written: it is in use, or this user may not write it.");
     }
+    // Rows keep their heights: fitted to the fonts of this machine, a page would hold fewer of them.
+    guarded(ErrorNumber::Workbook, cannot, [&] {
+        Reference<beans::XPropertySet>(m_parts->workbook, UNO_QUERY_THROW)
+            ->setPropertyValue("IsAdjustHeightEnabled", uno::Any(false));
+    });
 }
 
 void Calc::close()

@@ -23,25 +23,31 @@ head() {
 <number:number-style style:name="nMoney"><number:number number:min-integer-digits="1" number:decimal-places="2"
  number:min-decimal-places="2" number:grouping="true"/></number:number-style>
 END
-    for column in Code:3.4 Name:8.2 Quantity:2.0 Rate:2.6 Amount:3.2 Gap:0.6 Caption:3.0 Total:3.6; do
+    for column in Code:3.4 Name:9.4 Quantity:2.0 Rate:2.6 Amount:3.2 Gap:0.6 Caption:3.0 Total:3.6; do
         echo "<style:style style:name=\"w${column%:*}\" style:family=\"table-column\">" \
             "<style:table-column-properties style:column-width=\"${column#*:}cm\"/></style:style>"
     done
     cat <<'END'
 <style:style style:name="rHead" style:family="table-row"><style:table-row-properties style:row-height="0.75cm"
  style:use-optimal-row-height="false"/></style:style>
+<style:style style:name="rLine" style:family="table-row"><style:table-row-properties style:row-height="0.47cm"
+ style:use-optimal-row-height="false"/></style:style>
 <style:style style:name="cHead" style:family="table-cell"><style:table-cell-properties fo:background-color="#d9e2f3"
  fo:border-bottom="0.06pt solid #1f3864" style:vertical-align="middle"/><style:paragraph-properties fo:text-align="center"/>
 <style:text-properties fo:font-weight="bold" fo:color="#1f3864"/></style:style>
-<style:style style:name="cCode" style:family="table-cell" style:data-style-name="nText"/>
-<style:style style:name="cQuantity" style:family="table-cell" style:data-style-name="nQuantity"/>
-<style:style style:name="cMoney" style:family="table-cell" style:data-style-name="nMoney"/>
+<style:style style:name="cName" style:family="table-cell"><style:text-properties fo:font-size="9pt"/></style:style>
+<style:style style:name="cCode" style:family="table-cell" style:data-style-name="nText"><style:text-properties
+ fo:font-size="9pt"/></style:style>
+<style:style style:name="cQuantity" style:family="table-cell" style:data-style-name="nQuantity"><style:text-properties
+ fo:font-size="9pt"/></style:style>
+<style:style style:name="cMoney" style:family="table-cell" style:data-style-name="nMoney"><style:text-properties
+ fo:font-size="9pt"/></style:style>
 <style:style style:name="cLabel" style:family="table-cell"><style:table-cell-properties fo:background-color="#f2f2f2"/>
-<style:text-properties fo:font-weight="bold"/></style:style>
+<style:text-properties fo:font-weight="bold" fo:font-size="9pt"/></style:style>
 <style:style style:name="cTotal" style:family="table-cell" style:data-style-name="nMoney"><style:table-cell-properties
- fo:background-color="#f2f2f2"/><style:text-properties fo:font-weight="bold"/></style:style>
+ fo:background-color="#f2f2f2"/><style:text-properties fo:font-weight="bold" fo:font-size="9pt"/></style:style>
 <style:style style:name="cCount" style:family="table-cell" style:data-style-name="nQuantity"><style:table-cell-properties
- fo:background-color="#f2f2f2"/><style:text-properties fo:font-weight="bold"/></style:style>
+ fo:background-color="#f2f2f2"/><style:text-properties fo:font-weight="bold" fo:font-size="9pt"/></style:style>
 <style:style style:name="tOrder" style:family="table" style:master-page-name="Order"/>
 <style:page-layout style:name="page"><style:page-layout-properties fo:page-width="21cm" fo:page-height="29.7cm"
  style:print-orientation="portrait" fo:margin="1.5cm" style:scale-to-X="1" style:scale-to-Y="0"
@@ -62,9 +68,11 @@ END
 
 foot() { echo '</office:spreadsheet></office:body></office:document>'; }
 
-# columns WIDTH...
+# columns WIDTH:STYLE...; the style is that of the cells below the last row
 columns() {
-    for width; do echo "<table:table-column table:style-name=\"w$width\"/>"; done
+    for column; do
+        echo "<table:table-column table:style-name=\"w${column%:*}\" table:default-cell-style-name=\"${column#*:}\"/>"
+    done
 }
 
 # words STYLE TEXT...; number STYLE VALUE; formula STYLE TEXT; blank STYLE...
@@ -80,7 +88,8 @@ formula() { echo "<table:table-cell table:style-name=\"$1\" table:formula=\"of:=
 blank() {
     for style; do echo "<table:table-cell table:style-name=\"$style\"/>"; done
 }
-row() { echo "<table:table-row>"; }
+# An export keeps the heights: they leave room for a font that stands in for a missing one.
+row() { echo "<table:table-row table:style-name=\"rLine\">"; }
 end_row() { echo "</table:table-row>"; }
 
 # What stands beside the first rows: label and formula.
@@ -96,13 +105,14 @@ total() {
 template() {
     head
     echo "<table:table table:name=\"Ord\" table:style-name=\"tOrder\">"
-    columns Code Name Quantity Quantity Rate Amount Gap Caption Total
+    columns Code:cCode Name:cName Quantity:cQuantity Quantity:cQuantity Rate:cMoney Amount:cMoney Gap:Default Caption:Default \
+        Total:Default
     echo "<table:table-header-rows><table:table-row table:style-name=\"rHead\">"
     words cHead "Part Number" "Part Name" "M.O.Q." "Order Qty." "Rate" "Amount"
     echo "</table:table-row></table:table-header-rows>"
     for r in $(seq 2 $amount_rows); do
         row
-        blank cCode Default cQuantity cQuantity cMoney
+        blank cCode cName cQuantity cQuantity cMoney
         formula cMoney "IF([.A$r]=&quot;&quot;;&quot;&quot;;[.D$r]*[.E$r])"
         if [ "$r" -le 4 ]; then total "$r"; fi
         end_row
@@ -115,16 +125,16 @@ template() {
 branch_order() {
     head
     echo "<table:table table:name=\"ORDER\" table:style-name=\"tOrder\">"
-    columns Code Name Quantity Rate Quantity
+    columns Code:cCode Name:cName Quantity:cQuantity Rate:cMoney Quantity:cQuantity
     row
     words cHead PC PN QTY RATE MOQ
     end_row
     while IFS='|' read -r code name quantity rate moq; do
         row
         words cCode "$code"
-        words Default "$name"
+        words cName "$name"
         case $quantity in
-            *[!0-9.]*) words Default "$quantity" ;;
+            *[!0-9.]*) words cName "$quantity" ;;
             *) number cQuantity "$quantity" ;;
         esac
         number cMoney "$rate"
