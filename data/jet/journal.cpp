@@ -104,17 +104,21 @@ void putU64(const PageEditor &into, std::size_t at, std::uint64_t value)
     return bytes;
 }
 
-/// The header, when it is one and whole.
-[[nodiscard]] std::optional<JournalHeader> decodeHeader(std::span<std::byte> bytes)
+/// True for a whole header, of whatever version: all have their name and their sum at the same place.
+[[nodiscard]] bool isHeader(std::span<std::byte> bytes)
 {
+    if (std::memcmp(bytes.data(), kMagic, sizeof kMagic) != 0)
+        return false;
     const PageEditor editor(PageNo{0}, bytes);
-    const PageView view = editor.view();
-    if (std::memcmp(bytes.data(), kMagic, sizeof kMagic) != 0 || view.u32(kFormatVersion) != kVersion)
-        return {};
-    const std::uint64_t sum = u64(view, kHeaderCheck);
+    const std::uint64_t sum = u64(editor.view(), kHeaderCheck);
     putU64(editor, kHeaderCheck, 0);
-    if (checksum(bytes) != sum)
-        return {};
+    return checksum(bytes) == sum;
+}
+
+/// A whole header of this version; nothing when it says what cannot be.
+[[nodiscard]] std::optional<JournalHeader> decodeHeader(std::span<const std::byte> bytes)
+{
+    const PageView view(PageNo{0}, bytes);
     JournalHeader header;
     header.pageSize = view.u32(kPageSize);
     header.user = view.u16(kUser);
@@ -206,10 +210,18 @@ std::optional<JournalContent> Journal::read()
         return {};
     std::vector<std::byte> head(kHeaderSize);
     file->read(0, head);
+    if (!isHeader(head))
+        return {};
+    const PageView view(PageNo{0}, head);
+    if (view.u32(kFormatVersion) != kVersion) {
+        throw FileError(ErrorNumber::PathAccess,
+                        "The journal " + m_path +
+                            " is of another version of this program. Open the database once with that one, "
+                            "so that it finishes its last change.");
+    }
     const auto header = decodeHeader(head);
     if (!header)
         return {};
-    const PageView view(PageNo{0}, head);
     const std::uint64_t bodySize = u64(view, kBodySize);
     if (bodySize > size - kHeaderSize)
         return {};

@@ -50,7 +50,8 @@ public:
     void invalidate();
     /// True when there may be a journal to settle(): cheap.
     [[nodiscard]] bool mayExist();
-    /// The journal, when it is there and complete.
+    /// The journal, when it is there and complete. Throws FileError when it is of another version of this
+    /// program: nobody can tell what it has left to do.
     [[nodiscard]] std::optional<JournalContent> read();
     /// Removes the file, if any.
     void remove();
