@@ -12,8 +12,10 @@ largest=150k # a larger file takes too long a run to be worth it
 
 seeds=build-fuzz/seeds
 rm -rf "$seeds"
-mkdir -p "$seeds/files" "$seeds/statements" build-fuzz/findings
+mkdir -p "$seeds/files" "$seeds/small" "$seeds/statements" build-fuzz/findings
 "$programs/fuzz_seeds" "$seeds/files"
+# Checking a file, changing it and checking it again takes long: of small files it is done thousands of times.
+cp "$seeds"/files/small*.mdb "$seeds/small"
 if [ -d "$fixtures/access" ]; then
     find "$fixtures/access" -name '*.mdb' -size "-$largest" -exec cp {} "$seeds/files" \;
 else
@@ -23,12 +25,11 @@ chmod u+w "$seeds"/files/*
 split -l 1 -a 3 tests/fuzz/statements.sql "$seeds/statements/"
 
 for target; do
-    kind=files
-    more="-max_len=400000"
-    if [ "$target" = fuzz_sql ]; then
-        kind=statements
-        more="-max_len=600 -dict=tests/fuzz/sql.dict"
-    fi
+    case $target in
+    fuzz_sql) kind=statements more="-max_len=600 -dict=tests/fuzz/sql.dict" ;;
+    fuzz_write) kind=small more="-max_len=120000" ;;
+    *) kind=files more="-max_len=400000" ;;
+    esac
     mkdir -p "build-fuzz/corpus/$target"
     echo "$target: $seconds s"
     # shellcheck disable=SC2086
