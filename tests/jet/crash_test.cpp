@@ -225,8 +225,8 @@ private slots:
     }
 
     /// Whatever a journal has become: a change is finished or taken for nothing, or a sentence says why the
-    /// file was left alone. Cut short at each byte of its head and many behind it, some bytes changed, of a
-    /// later version, another file's.
+    /// file was left alone. Cut short at each byte of its head and end and many between, some bytes changed,
+    /// of a later version, another file's.
     void damagedJournals()
     {
         const Files halfDone = halfDoneFiles(addOneLine, 1);
@@ -243,7 +243,7 @@ private slots:
         };
 
         for (std::size_t size = 0; size < journal.size() && !QTest::currentTestFailed();
-             size += size < 1100 ? 1 : 61)
+             size += size < 1100 || size + 1100 > journal.size() ? 1 : 61)
             open(FileBytes(journal.begin(), journal.begin() + static_cast<std::ptrdiff_t>(size)));
         std::minstd_rand random(11);
         for (int round = 0; round < 300 && !QTest::currentTestFailed(); ++round) {
@@ -260,6 +260,12 @@ private slots:
         longer.resize(longer.size() + 5000, std::byte{'x'});
         open(longer); // from a longer journal before
         QCOMPARE(states[static_cast<int>(Fate::Finished)], 1);
+        FileBytes later = journal; // of a later version: whole, but nobody here knows what it says
+        later[24] = std::byte{2};
+        sumHeader(later);
+        open(later);
+        QCOMPARE(states[static_cast<int>(Fate::Refused)], 1);
+        QVERIFY(folder.bytes(kJournal) == later);
         const Version other = support::version() == Version::Jet3 ? Version::Jet4 : Version::Jet3;
         for (const Files &foreign : {orderDatabase(support::version()), orderDatabase(other)})
             open(filesAtLast(foreign, saveOrder, hasJournal).at(kJournal));
@@ -343,6 +349,19 @@ private:
             return State::Wrong;
         }
         return lines == m_oldLines ? State::Old : State::New;
+    }
+
+    /// Writes the sum of a journal's header as decision 5 and journal.h have it.
+    static void sumHeader(FileBytes &journal)
+    {
+        std::memset(journal.data() + 8, 0, 8);
+        std::uint64_t sum = 1024;
+        for (std::size_t at = 0; at < 1024; at += 8) {
+            std::uint64_t word = 0;
+            std::memcpy(&word, journal.data() + at, 8);
+            sum = std::rotl((sum ^ word) * 0x9E3779B97F4A7C15U, 29);
+        }
+        std::memcpy(journal.data() + 8, &sum, 8);
     }
 
     enum class Fate { Finished, LeftAlone, Refused };

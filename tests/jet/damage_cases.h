@@ -273,9 +273,6 @@ inline void addIndexPages(const SoundFile &file, const Cases &cases)
         cases.add((name + " prefix").c_str(), at(format.indexPrefix), format.isJet3() ? 1 : 2, 0xFFFF,
                   Stopped, "");
         cases.add((name + " level").c_str(), at(format.indexLevel), 1, 9, Borne);
-        cases.add((name + " mask").c_str(), at(format.indexMask), 4, 0, Borne);
-        cases.add((name + " mask").c_str(), at(format.indexMask), 4, 0xFFFFFFFF, Found, "");
-        cases.add((name + " end of the mask").c_str(), at(format.indexEntries - 1), 1, 0xFF, Found, "");
     }
     const auto leaf = [&](std::size_t offset) { return file.at(file.secondLeaf, offset); };
     for (const std::uint32_t next : {first, second, number(file.node), number(file.dataPage), kFar, 0U}) {
@@ -288,12 +285,12 @@ inline void addIndexPages(const SoundFile &file, const Cases &cases)
     for (const std::uint32_t tail : {number(file.node), first, number(file.dataPage), kFar})
         cases.add("tail", file.at(file.node, format.indexTail), 4, tail, Found, "");
 
-    // Behind the entry's key: the row's place and the child, high byte first.
+    const auto swapped = [](std::uint32_t page) { return (page & 0xFF) << 8 | page >> 8; };
     const IndexPage node(format, file.view(file.node), file.notes.page);
     const std::size_t child = file.at(file.node, format.indexEntries + node.endOf(0) - 2);
-    const auto swapped = [](std::uint32_t page) { return (page & 0xFF) << 8 | page >> 8; };
-    for (const std::uint32_t page : {number(file.node), second, number(file.dataPage), 0U, 0xFFFFU})
+    for (const std::uint32_t page : {number(file.dataPage), 0U, 0xFFFFU})
         cases.add("child", child, 2, swapped(page), Found, "");
+    // Behind the entry's key, high byte first.
     const IndexPage page(format, file.view(file.firstLeaf), file.notes.page);
     const std::size_t place = file.at(file.firstLeaf, format.indexEntries + page.endOf(0) - 4);
     cases.add("entry's row", place, 3, 0xFFFFFF, Found, "");

@@ -167,29 +167,10 @@ void IndexKeyTest::valuesHaveTheirKey_data()
         const auto *first = reinterpret_cast<const std::byte *>(text.data());
         return Bytes(first, first + text.size());
     };
-    const auto text3 = [&](const char *text, bool ascending, const QByteArray &key) {
-        row(text, std::string(text), ColumnType::Text, ascending, Version::Jet3, key);
-    };
-    const auto text4 = [&](const char *text, const QByteArray &key) {
-        row(text, std::string(text), ColumnType::Text, true, Version::Jet4, key);
-    };
-
-    text3("AA\tAA", true, "7F606011606000");
-    text3("Århus", true, "7F60756978760800");
-    text3("ÁAA-Á", true, "7F6060601E60042240");
-    text3("-Á-Á-", true, "7F1E601E601E0440");
-    text3("Frankfurt a.M. ", true, "7F677560706C6778757711601F6F1F00");
-    text3("row99", false, "808A8D84A0A0FF");
-    text3("aéa", false, "809F999FFDBF");
-    text3("Plutzer Lebensmittelgroßmärkte AG", true,
-          "7F736D78777E6675116D66616670766F6A7777666D68757276766F60756C776611606802222222222260");
-    text4("stuff", "7F6B6D6F53530100");
-    text4("ümlaut", "7F6F605E4A6F6D011300");
-    text4("-1", "7F38010101018007068200");
-    text4("Мир", "7F7943793B79480100");
-    text4("~sq_cAAAA-OrdrarOLD~sq_ccboFöretag",
-          "7F2B0F6B682B034D4A4A4A4A64694F694A69645E4F2B0F6B682B034D4D4C64536469516D4A5501" +
-              QByteArray("02").repeated(27) + "13010101802B068200");
+    row("accents and hyphens", std::string("~sq_cAAAA-OrdrarOLD~sq_ccboFöretag"), ColumnType::Text, true,
+        Version::Jet4,
+        "7F2B0F6B682B034D4A4A4A4A64694F694A69645E4F2B0F6B682B034D4D4C64536469516D4A5501" +
+            QByteArray("02").repeated(27) + "13010101802B068200");
     row("empty text", std::string(), ColumnType::Text, true, Version::Jet3, "7F00");
     row("empty text is not null", std::string(), ColumnType::Text, true, Version::Jet4, "7F0100");
     row("blanks are an empty text", std::string("  "), ColumnType::Memo, true, Version::Jet4, "7F0100");

@@ -83,7 +83,6 @@ private slots:
     void builtTreesAreSoundAndTakeChanges();
     void ascendingEntriesFillTheirPages();
     void positionsSurviveChanges();
-    void discardedChangesAreGone();
     void keysAreFound();
     void wrongChangesAreRefused();
 };
@@ -185,30 +184,6 @@ void IndexTreeTest::positionsSurviveChanges()
         QVERIFY(met == expected);
         QCOMPARE(file.firstFault({}), std::string());
     }
-}
-
-void IndexTreeTest::discardedChangesAreGone()
-{
-    IndexFile file(jet::kJet4);
-    KeyMaker maker(KeyShape::Scattered, 0, 3);
-    Entries entries;
-    QVERIFY(addEntries(file, entries, maker, 2000));
-    jet::IndexTree::Position position = file.tree->from({});
-    Entries met;
-    met.insert(*position.next());
-    {
-        jet::WriteScope scope(*file.cache);
-        file.tree->clear();
-        QCOMPARE(position.next(), nullptr);
-        file.tree->insert({KeyBytes(3, 0xFF), jet::RowId::fromPointer(1)});
-        QVERIFY(position.next());
-    }
-    QCOMPARE(file.firstFault(entries), std::string());
-    position = file.tree->from({});
-    met.clear();
-    while (const IndexEntry *entry = position.next())
-        met.insert(*entry);
-    QVERIFY(met == entries);
 }
 
 void IndexTreeTest::keysAreFound()

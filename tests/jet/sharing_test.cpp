@@ -173,6 +173,17 @@ private slots:
             work(*m_right);
     }
 
+    /// Who sets no wait of his own waits two seconds.
+    void usualWait()
+    {
+        const auto patient = Database::open(m_path, {.locks = {.workstation = "PATIENT"}});
+        const ChangeScope scope(*m_left);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(support::errorOf([&] { patient->table("Items").insert(item(2)); }), kInUse);
+        QVERIFY(timer.elapsed() >= 1900);
+    }
+
     /// Both read and want to write: neither can, but neither waits for ever, and the first to leave lets the
     /// other one through.
     void readersThatBothWantToWrite()

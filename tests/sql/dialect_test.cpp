@@ -76,6 +76,7 @@ private slots:
     void resultTypes_data();
     void resultTypes();
     void resultNames();
+    void parameters();
     void shapes();
     void hostileNesting();
 };
@@ -286,6 +287,27 @@ void DialectTest::resultNames()
     for (const sql::ResultColumn &column : result.columns)
         names << QString::fromStdString(column.name);
     QCOMPARE(names.join(u','), QStringLiteral("ItemCode,at,Expr1000,Expr1001"));
+}
+
+/// How each literal is handed on: as a number, scaled to amounts for comparing or for adding, as text or
+/// date.
+void DialectTest::parameters()
+{
+    const auto kinds = [](const std::string &condition) {
+        QString text;
+        for (const sql::Parameter &parameter :
+             rewritten("Select Rate from Items inner join Stock on Items.ItemCode = Stock.ItemCode where " +
+                       condition)
+                 .parameters)
+            text += QLatin1String(parameter.negative ? " -" : " ") + QLatin1Char("NSATD"[int(parameter.as)]) +
+                    QString::number(parameter.literal);
+        return text;
+    };
+    QCOMPARE(kinds("Higher in (1, -2) and Factor > 2.5 and Left(PartCode, 3) = 'abc'"),
+             QStringLiteral(" N0 -N1 N2 N3 T4"));
+    QCOMPARE(kinds("Rate between -1 and 2.5 and Rate + 1.5 > 0 and Rate * 2 < 7 and StkDate >= "
+                   "CDate('05/Apr/2005')"),
+             QStringLiteral(" -S0 S1 A2 S3 N4 S5 D6"));
 }
 
 void DialectTest::shapes()
