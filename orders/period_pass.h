@@ -5,7 +5,7 @@
 // rows of the master, codes that are not whole numbers) are left to the statements: isExact() says so.
 #pragma once
 
-#include "orders/item_table.h"
+#include "common/code_table.h"
 #include "orders/movement_figures.h"
 #include "orders/scratch_row.h"
 #include "orders/statistics.h"
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] ItemFigures figures(std::int32_t item) const;
 
 private:
-    using ByItem = ItemTable<MovementSums>;
+    using ByItem = CodeTable<MovementSums>;
 
     void countMovements(const data::Connection &database);
     void readMovements(const data::Connection &database, ByItem &items);

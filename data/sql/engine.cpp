@@ -38,11 +38,12 @@ struct Engine::Impl
         , functions{opened.version(), errors}
         , tables(opened, errors)
         , sums(opened)
+        , sumFunction{sums, errors}
         , connection(openConnection(errors))
         , statements(connection.get(), errors)
     {
         registerFunctions(connection.get(), functions);
-        registerSums(connection.get(), sums, errors);
+        registerSums(connection.get(), sumFunction);
     }
 
     std::shared_ptr<CompiledStatement> compiled(const Lexed &lexed)
@@ -81,6 +82,7 @@ struct Engine::Impl
     FunctionContext functions;
     TableSpace tables;
     SumCache sums;
+    SumFunction sumFunction;
     ConnectionHandle connection;
     StatementCache statements;
     std::set<jet::PageNo> known; ///< tables that SQLite was told of

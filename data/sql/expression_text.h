@@ -17,8 +17,8 @@ public:
     [[nodiscard]] std::string sortable(const Expr &expr);
     [[nodiscard]] std::string condition(const Expr &expr);
 
-    /// From here on every Sum is written as the sum of this column, which holds sums.
-    void sumOver(std::string column) { m_sums = std::move(column); }
+    /// From here on every Sum is written as the sum of this expression, which gives sums.
+    void sumOver(std::string sums) { m_sums = std::move(sums); }
 
     [[nodiscard]] static std::string columnName(ColumnRef column);
     [[nodiscard]] const std::vector<Parameter> &parameters() const { return m_parameters; }

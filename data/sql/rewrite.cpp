@@ -66,7 +66,7 @@ public:
         collectConditions();
         m_sumJoin = findSumJoin(m_statement);
         if (m_sumJoin)
-            m_text.sumOver("sums.total");
+            m_text.sumOver(sumCall());
         std::string &sql = m_result.sql;
         sql = "SELECT ";
         if (m_statement.kind == Statement::Kind::Delete)
@@ -186,7 +186,7 @@ private:
         }
         writeFrom(*part.first);
         if (m_sumJoin)
-            return writeSums();
+            return;
         if (part.kind == FromPart::Kind::Inner) {
             m_result.sql += " JOIN ";
             writeFrom(*part.second);
@@ -203,7 +203,8 @@ private:
         m_result.sql += " ON " + m_text.condition(*part.on);
     }
 
-    void writeSums()
+    /// The sum that a row of the first table brings, in place of the second table's rows.
+    std::string sumCall() const
     {
         // Numbers made here: nothing in it needs to be quoted or bound.
         const SumJoin &join = *m_sumJoin;
@@ -212,8 +213,7 @@ private:
             std::to_string(join.key.position);
         for (const SumTerm &term : join.terms)
             which += (term.negative ? " -" : " +") + std::to_string(term.position);
-        m_result.sql += " LEFT JOIN jet_sums AS sums ON sums.which = '" + which +
-                        "' AND sums.key = " + ExpressionText::columnName(join.outerKey);
+        return "jet_sum('" + which + "', " + ExpressionText::columnName(join.outerKey) + ")";
     }
 
     void writeAll(std::string_view keyword, const std::vector<const Expr *> &conditions)

@@ -3,9 +3,7 @@
 #include "common/errors.h"
 #include "data/jet/column_scan.h"
 #include "data/jet/page_store.h"
-#include "data/sql/module.h"
 
-#include <memory>
 #include <sstream>
 #include <vector>
 
@@ -47,8 +45,7 @@ const SumCache::Sum *SumCache::find(std::string_view which, std::int64_t key)
     Sums &sums = m_last->second;
     if (sums.changes != m_database->store().cache().changeCount())
         addUp(m_last->first, sums);
-    const auto found = sums.byKey.find(key);
-    return found == sums.byKey.end() ? nullptr : &found->second;
+    return sums.byKey.find(key);
 }
 
 void SumCache::addUp(const std::string &which, Sums &sums) const
@@ -65,7 +62,7 @@ void SumCache::addUp(const std::string &which, Sums &sums) const
     }
 
     sums.changes.reset();
-    sums.byKey.clear();
+    sums.byKey = {};
     jet::ColumnScan rows(*m_tables.at(page), positions);
     const std::uint64_t changes = m_database->store().cache().changeCount();
     while (const std::size_t count = rows.next()) {
@@ -81,101 +78,37 @@ void SumCache::addUp(const std::string &which, Sums &sums) const
 
 namespace {
 
-constexpr int kKey = 0;
-constexpr int kTotal = 1;
-constexpr int kWhich = 2;
-
-struct SumTable : sqlite3_vtab
+void giveSum(sqlite3_context *context, SumCache &cache, sqlite3_value *which, std::int64_t key)
 {
-    /// Owned by the connection.
-    struct Data
-    {
-        SumCache *cache;
-        PendingError *pending;
-
-        [[nodiscard]] PendingError &errors() const { return *pending; }
-    };
-
-    explicit SumTable(const Data &shared)
-        : sqlite3_vtab{}
-        , data(shared)
-    {}
-
-    [[nodiscard]] PendingError &errors() const { return data.errors(); }
-    [[nodiscard]] static std::string declaration() { return "CREATE TABLE t(key, total, which)"; }
-    [[nodiscard]] static int bestIndex(sqlite3_index_info &info);
-
-    const Data &data;
-};
-
-/// Both conditions or nothing.
-int SumTable::bestIndex(sqlite3_index_info &info)
-{
-    int given = 0;
-    for (int i = 0; i < info.nConstraint; ++i) {
-        const auto &constraint = info.aConstraint[i];
-        const bool isKey = constraint.iColumn == kKey;
-        if (constraint.op != SQLITE_INDEX_CONSTRAINT_EQ || constraint.usable == 0 ||
-            (!isKey && constraint.iColumn != kWhich))
-            continue;
-        info.aConstraintUsage[i].argvIndex = isKey ? 2 : 1;
-        info.aConstraintUsage[i].omit = 1;
-        ++given;
-    }
-    info.estimatedCost = 1;
-    info.estimatedRows = 1;
-    info.idxFlags = SQLITE_INDEX_SCAN_UNIQUE;
-    return given == 2 ? SQLITE_OK : SQLITE_CONSTRAINT;
-}
-
-struct SumCursor : sqlite3_vtab_cursor
-{
-    explicit SumCursor(SumTable &opened)
-        : sqlite3_vtab_cursor{}
-        , table(opened)
-    {}
-
-    void filter(int, std::span<sqlite3_value *> values);
-    void next() { row.reset(); }
-    [[nodiscard]] bool atEnd() const { return !row; }
-    void column(sqlite3_context *context, int number) const;
-    [[nodiscard]] sqlite3_int64 rowPlace() const { return key; }
-
-    SumTable &table;
-    std::int64_t key = 0;
-    std::optional<SumCache::Sum> row; ///< the one that there is
-};
-
-void SumCursor::filter(int, std::span<sqlite3_value *> values)
-{
-    row.reset();
-    if (sqlite3_value_type(values[1]) == SQLITE_NULL)
-        return;
-    key = sqlite3_value_int64(values[1]);
-    const std::string_view which(reinterpret_cast<const char *>(sqlite3_value_text(values[0])),
-                                 static_cast<std::size_t>(sqlite3_value_bytes(values[0])));
-    if (const auto *sum = table.data.cache->find(which, key))
-        row = *sum;
-}
-
-void SumCursor::column(sqlite3_context *context, int number) const
-{
-    if (number == kKey)
-        sqlite3_result_int64(context, key);
-    else if (number != kTotal || !row->hasValue)
-        sqlite3_result_null(context);
-    else if (row->overflown)
+    const SumCache::Sum *sum = cache.find({reinterpret_cast<const char *>(sqlite3_value_text(which)),
+                                           static_cast<std::size_t>(sqlite3_value_bytes(which))},
+                                          key);
+    if (sum == nullptr || !sum->hasValue)
+        return sqlite3_result_null(context);
+    if (sum->overflown)
         throw RunTimeError(ErrorNumber::Overflow, "Overflow: a sum is too large.");
-    else
-        sqlite3_result_int64(context, row->total);
+    sqlite3_result_int64(context, sum->total);
+}
+
+void sumFunction(sqlite3_context *context, int, sqlite3_value **arguments)
+{
+    // A row without a key joins with nothing.
+    if (sqlite3_value_type(arguments[1]) == SQLITE_NULL)
+        return sqlite3_result_null(context);
+    auto &own = *static_cast<SumFunction *>(sqlite3_user_data(context));
+    if (own.errors.guard([&] {
+            giveSum(context, own.cache, arguments[0], sqlite3_value_int64(arguments[1]));
+        }) != SQLITE_OK)
+        sqlite3_result_error_code(context, SQLITE_ERROR);
 }
 
 } // namespace
 
-void registerSums(sqlite3 *connection, SumCache &cache, PendingError &errors)
+void registerSums(sqlite3 *connection, SumFunction &own)
 {
-    ReadOnlyModule<SumTable, SumCursor>::add(
-        connection, "jet_sums", std::make_unique<SumTable::Data>(SumTable::Data{&cache, &errors}));
+    if (sqlite3_create_function_v2(connection, "jet_sum", 2, SQLITE_UTF8, &own, sumFunction, nullptr, nullptr,
+                                   nullptr) != SQLITE_OK)
+        own.errors.raise(connection);
 }
 
 } // namespace sql

@@ -6,6 +6,7 @@
 // cache count on, and what was added up before is not used again.
 #pragma once
 
+#include "common/code_table.h"
 #include "data/jet/database.h"
 #include "data/sql/sqlite_handles.h"
 
@@ -45,7 +46,7 @@ private:
     struct Sums
     {
         std::optional<std::uint64_t> changes; ///< state of the file that they were added up from
-        std::unordered_map<std::int64_t, Sum> byKey;
+        CodeTable<Sum> byKey;
     };
 
     void addUp(const std::string &which, Sums &sums) const;
@@ -56,8 +57,13 @@ private:
     std::pair<const std::string, Sums> *m_last = nullptr; ///< that of the last call
 };
 
-/// Makes the cache known to a connection as the table jet_sums(key, total, which): total is what find()
-/// gives, and both key and which must be given. `cache` must outlive the connection.
-void registerSums(sqlite3 *connection, SumCache &cache, PendingError &errors);
+/// Makes the cache known to a connection as the function jet_sum(which, key), null where there is no sum.
+/// `own` must outlive the connection.
+struct SumFunction
+{
+    SumCache &cache;
+    PendingError &errors;
+};
+void registerSums(sqlite3 *connection, SumFunction &own);
 
 } // namespace sql

@@ -1,18 +1,16 @@
-// A table from item code to whatever is kept for an item, for codes that are mostly small running numbers.
+// CodeTable: whatever is kept for each code, for codes that are mostly small running numbers.
 #pragma once
 
 #include <cstdint>
 #include <unordered_map>
 #include <vector>
 
-namespace orders {
-
 template <class Entry>
-class ItemTable
+class CodeTable
 {
 public:
-    /// The entry of an item, a fresh one when it has none. Valid until the next entry is made.
-    Entry &operator[](std::int32_t code)
+    /// The entry of a code, a fresh one when it has none. Valid until the next entry is made.
+    Entry &operator[](std::int64_t code)
     {
         std::uint32_t &place = placeOf(code);
         if (place == 0) {
@@ -23,7 +21,7 @@ public:
     }
 
     /// Null when there is none.
-    [[nodiscard]] const Entry *find(std::int32_t code) const
+    [[nodiscard]] const Entry *find(std::int64_t code) const
     {
         std::uint32_t place = 0;
         if (code >= 0 && code < kNearCodes) {
@@ -37,9 +35,9 @@ public:
 
 private:
     /// Codes below have their place in an array, which grows no further than this: 4 MB.
-    static constexpr std::int32_t kNearCodes = 1 << 20;
+    static constexpr std::int64_t kNearCodes = 1 << 20;
 
-    std::uint32_t &placeOf(std::int32_t code)
+    std::uint32_t &placeOf(std::int64_t code)
     {
         if (code < 0 || code >= kNearCodes)
             return m_far[code];
@@ -50,8 +48,6 @@ private:
     }
 
     std::vector<std::uint32_t> m_near; ///< by code: place among the entries plus 1, 0 for none
-    std::unordered_map<std::int32_t, std::uint32_t> m_far;
+    std::unordered_map<std::int64_t, std::uint32_t> m_far;
     std::vector<Entry> m_entries;
 };
-
-} // namespace orders
