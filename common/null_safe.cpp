@@ -1,7 +1,11 @@
 #include "common/null_safe.h"
 
-std::string Null_Str(const Value &value)
+#include <utility>
+
+std::string Null_Str(Value value)
 {
+    if (auto *text = std::get_if<std::string>(&value))
+        return std::move(*text);
     return toText(value);
 }
 

@@ -5,8 +5,8 @@
 
 #include <string>
 
-/// The value as text, or "" when it is null.
-[[nodiscard]] std::string Null_Str(const Value &value);
+/// The value as text, or "" when it is null. By value, so that the text of a field just read is not copied.
+[[nodiscard]] std::string Null_Str(Value value);
 
 /// The value converted to currency, or 0 when it is null. Text is read by its leading numeric part.
 /// Throws RunTimeError(Overflow).

@@ -74,25 +74,25 @@ public:
 
     bool next() override
     {
-        if (m_place + 1 < m_ahead.size()) {
+        if (m_place + 1 < m_rowsAhead) {
             ++m_place;
             return true;
         }
         m_place = 0;
-        m_ahead.clear();
+        m_rowsAhead = 0;
         if (m_failure)
             std::rethrow_exception(std::exchange(m_failure, nullptr));
         if (!std::exchange(m_started, true))
             return m_isFirst;
         readAhead();
-        return !m_ahead.empty();
+        return m_rowsAhead > 0;
     }
     void restart() override
     {
         m_query.reset(); // first, so that its compiled statement can serve again
         const jet::ReadScope reading(*m_file->database);
         m_query = m_file->sql.select(m_text);
-        m_ahead.clear();
+        m_rowsAhead = 0;
         m_place = 0;
         begin();
     }
@@ -106,7 +106,7 @@ public:
     }
     Value value(std::size_t column) const override
     {
-        return m_ahead.empty() ? m_query->value(column) : m_ahead[m_place].at(column);
+        return m_rowsAhead == 0 ? m_query->value(column) : m_ahead.at(m_place * columns().size() + column);
     }
 
 private:
@@ -123,11 +123,14 @@ private:
     {
         const jet::ReadScope reading(*m_file->database);
         try {
-            while (m_ahead.size() < kMostAhead && m_query->next())
-                m_ahead.push_back(rowOf(*m_query));
+            for (; m_rowsAhead < kMostAhead && m_query->next(); ++m_rowsAhead) {
+                m_ahead.resize(kMostAhead * columns().size()); // once: later rows take the places of others
+                for (std::size_t column = 0; column < columns().size(); ++column)
+                    m_ahead[m_rowsAhead * columns().size() + column] = m_query->value(column);
+            }
         } catch (const AppError &) {
             // Reported when the rows in front of the failing one have been given.
-            if (m_ahead.empty())
+            if (m_rowsAhead == 0)
                 throw;
             m_failure = std::current_exception();
         }
@@ -136,8 +139,9 @@ private:
     std::shared_ptr<OpenedFile> m_file;
     std::string m_text;
     std::unique_ptr<sql::Query> m_query;
-    std::vector<Row> m_ahead; ///< empty: the current row is that of the query
-    std::size_t m_place = 0;  ///< of the current row among them
+    std::vector<Value> m_ahead;  ///< the fields of the rows read ahead, row behind row
+    std::size_t m_rowsAhead = 0; ///< 0: the current row is that of the query
+    std::size_t m_place = 0;     ///< of the current row among them
     std::exception_ptr m_failure;
     bool m_isFirst = false; ///< the query stands on a first row
     bool m_started = false; ///< next() was called for it

@@ -128,16 +128,16 @@ void frm_Srh_Spares::Load_Items()
         m_Adodc1.setConnectionString(m_context.session.YearDsnConnect);
         m_Adodc1.open();
     }
-    const auto parts = orders::findParts(m_Adodc1, m_field, m_text);
+    auto parts = orders::findParts(m_Adodc1, m_field, m_text);
     m_rows.setRows(static_cast<int>(parts.size()) + 1);
     int row = 1;
-    for (const orders::Part &part : parts) {
-        m_rows.setText(row, kColCode, part.partCode);
-        m_rows.setText(row, kColName, part.name);
-        m_rows.setText(row, kColStock, part.stock);
-        m_rows.setText(row, kColLocation, part.location);
+    for (orders::Part &part : parts) {
+        m_rows.setText(row, kColCode, std::move(part.partCode));
+        m_rows.setText(row, kColName, std::move(part.name));
+        m_rows.setText(row, kColStock, std::move(part.stock));
+        m_rows.setText(row, kColLocation, std::move(part.location));
         m_rows.setText(row, kColItem, std::to_string(part.code));
-        m_rows.setText(row, kColHigher, part.higher);
+        m_rows.setText(row, kColHigher, std::move(part.higher));
         ++row;
     }
 }
