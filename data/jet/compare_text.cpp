@@ -12,6 +12,11 @@ namespace {
 
 constexpr std::uint16_t kHyphen = 0; ///< takes no part in the main order
 
+// What follows in a text's order bytes.
+constexpr unsigned char kEnd = 0;
+constexpr unsigned char kHasKey = 1;   ///< the key of the next characters
+constexpr unsigned char kHasNoKey = 2; ///< the next characters themselves
+
 /// Weights of the ASCII characters as numbers that compare like their key bytes: no key of one byte is the
 /// beginning of a key of two.
 using AsciiWeights = std::array<std::uint16_t, 128>;
@@ -109,6 +114,28 @@ int compareText(std::string_view a, std::string_view b, Version version)
             return order;
     } while (!a.empty() || !b.empty());
     return 0;
+}
+
+void appendTextOrder(KeyBytes &out, std::string_view text, Version version)
+{
+    text = withoutTrailingBlanks(text);
+    TextKey key;
+    do {
+        const std::string_view keyed = takeKeyed(text);
+        if (key.encode(keyed, version)) {
+            out.push_back(kHasKey);
+            out.append(key.bytes().data(), key.bytes().size());
+            continue;
+        }
+        out.push_back(kHasNoKey);
+        for (const char byte : upperText(keyed)) {
+            out.push_back(static_cast<unsigned char>(byte));
+            if (byte == 0)
+                out.push_back(1); // two zeros end the text
+        }
+        out.append(2, 0);
+    } while (!text.empty());
+    out.push_back(kEnd);
 }
 
 } // namespace jet

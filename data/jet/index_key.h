@@ -29,6 +29,10 @@ using KeyBytes = std::basic_string<unsigned char>;
 /// 0.
 [[nodiscard]] int compareText(std::string_view a, std::string_view b, Version version);
 
+/// Appends bytes that compare, as unsigned bytes, like compareText() orders the texts (of up to 255
+/// characters). No text's bytes are the beginning of another's, so more may follow.
+void appendTextOrder(KeyBytes &out, std::string_view text, Version version);
+
 /// Why an index on this column cannot be kept right, or "" when it can.
 [[nodiscard]] std::string unkeyableReason(const Column &column, bool ascending, Version version);
 

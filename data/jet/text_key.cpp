@@ -64,7 +64,7 @@ std::string_view takeKeyed(std::string_view &text)
 
 bool TextKey::encode(std::string_view text, Version version, Part part)
 {
-    m_bytes = {};
+    m_bytes.clear(); // a fresh one would be filled with zeros first
     return version == Version::Jet3 ? encodeJet3(text, part) : encodeJet4(text, part);
 }
 

@@ -28,6 +28,7 @@ public:
             push(byte);
     }
     void pop() { --m_size; }
+    void clear() { m_size = 0; }
     [[nodiscard]] std::size_t size() const { return m_size; }
     [[nodiscard]] std::span<const unsigned char> bytes() const { return std::span{m_bytes}.first(m_size); }
 

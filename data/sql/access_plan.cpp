@@ -12,7 +12,10 @@ constexpr double kFetchedRow = 2.5;    ///< a row by its place instead of in sto
 constexpr double kUnknownShare = 0.01; ///< of the rows that have one value of a field without statistics
 constexpr double kRangeShare = 0.25;   ///< of the rows that one bound lets through
 constexpr double kBeginningShare = 0.05;
-constexpr double kSortStep = 0.2; ///< per row and doubling
+constexpr double kSortStep = 0.2;   ///< per row and doubling, where SQLite sorts
+constexpr double kOrderedRow = 1.6; ///< where the cursor sorts: a row's key and its second visit
+/// Of a larger table too much would have to be remembered.
+constexpr double kMostOrderedRows = 200'000;
 
 bool isLower(Condition::Op op)
 {
@@ -184,6 +187,28 @@ double costWithSort(const Choice &choice, const std::vector<OrderTerm> &order)
     return choice.cost + (sorts ? kSortStep * choice.rows * std::log2(choice.rows + 1) : 0);
 }
 
+/// The same rows put in order by the cursor; nothing where it cannot.
+std::optional<Choice> inOrder(const Choice &choice, const TableInfo &table,
+                              const std::vector<OrderTerm> &order)
+{
+    if (choice.ordered || table.rows > kMostOrderedRows)
+        return {};
+    Choice sorted = choice;
+    sorted.plan.order = order;
+    // Rows that the terms leave equal keep the stored order anyway.
+    if (sorted.plan.order.back() == OrderTerm{kRowPlace, false})
+        sorted.plan.order.pop_back();
+    const bool sortable =
+        std::all_of(sorted.plan.order.begin(), sorted.plan.order.end(), [&](const OrderTerm &term) {
+            return term.field != kRowPlace && table.isSortable[static_cast<std::size_t>(term.field)];
+        });
+    if (!sortable || sorted.plan.order.empty())
+        return {};
+    sorted.ordered = true;
+    sorted.cost += sorted.rows * kOrderedRow;
+    return sorted;
+}
+
 } // namespace
 
 Choice chooseAccess(const TableInfo &table, const std::vector<Condition> &conditions,
@@ -193,17 +218,24 @@ Choice chooseAccess(const TableInfo &table, const std::vector<Condition> &condit
     best.rows = std::max(1.0, table.rows);
     best.cost = best.rows;
     best.ordered = storedOrderGives(order);
-    const auto consider = [&](Choice choice) {
+    const auto consider = [&](const Choice &choice) {
         if (costWithSort(choice, order) < costWithSort(best, order))
-            best = std::move(choice);
+            best = choice;
     };
+    const auto considerInOrder = [&](const Choice &choice) {
+        if (const auto sorted = inOrder(choice, table, order))
+            consider(*sorted);
+    };
+    considerInOrder(Choice(best));
     for (std::size_t i = 0; i < table.indexes.size(); ++i) {
-        Choice choice = alongIndex(table, i, conditions, order);
-        if (isComplete(choice, table.indexes[i]))
-            consider(std::move(choice));
+        const Choice choice = alongIndex(table, i, conditions, order);
+        if (!isComplete(choice, table.indexes[i]))
+            continue;
+        consider(choice);
+        considerInOrder(choice);
     }
-    if (auto choice = byLookup(table, conditions, order))
-        consider(std::move(*choice));
+    if (const auto choice = byLookup(table, conditions, order))
+        consider(*choice);
     return best;
 }
 

@@ -24,6 +24,8 @@ struct OrderTerm
 {
     int field = 0; ///< kRowPlace: the stored order
     bool descending = false;
+
+    bool operator==(const OrderTerm &) const = default;
 };
 inline constexpr int kRowPlace = -1;
 
@@ -49,6 +51,7 @@ struct TableInfo
     double rows = 0;
     std::vector<IndexInfo> indexes; ///< those that can be searched
     std::vector<bool> isRemembered; ///< per field: look-ups by equality may be remembered
+    std::vector<bool> isSortable;   ///< per field: rows can be put in its order, see RowOrder
 };
 
 /// What a cursor does.
@@ -69,6 +72,8 @@ struct AccessPlan
     bool lowerIncluded = false;
     bool upper = false;
     bool upperIncluded = false;
+    /// Scan, Index: the rows are put in this order before the first is given. Empty: they come as they are.
+    std::vector<OrderTerm> order;
 
     bool operator==(const AccessPlan &) const = default;
 };

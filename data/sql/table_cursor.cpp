@@ -31,7 +31,8 @@ void TableCursor::open(const AccessPlan &plan, std::span<sqlite3_value *> values
     m_atEnd = false;
     switch (plan.kind) {
     case AccessPlan::Kind::Scan:
-        m_rows = m_table->scan();
+        if (plan.order.empty())
+            m_rows = m_table->scan();
         break;
     case AccessPlan::Kind::Index:
         openIndex(plan, values);
@@ -40,8 +41,23 @@ void TableCursor::open(const AccessPlan &plan, std::span<sqlite3_value *> values
         openLookup(plan, values.front());
         break;
     }
+    if (!m_atEnd && !plan.order.empty())
+        m_places = inOrder(plan.order);
     if (!m_atEnd)
         next();
+}
+
+/// The places of the opened walk's rows; of all rows where none was opened.
+std::vector<std::uint32_t> TableCursor::inOrder(const std::vector<OrderTerm> &order)
+{
+    if (!m_rows)
+        return m_space->orders.find(*m_table, order);
+    RowOrder rows(*m_table, order);
+    while (m_rows->next() && !isBehindBeginning())
+        rows.add(m_rows->row());
+    m_rows.reset();
+    m_beginning.reset();
+    return std::move(rows).places();
 }
 
 /// A value without a key in the index leaves the walk open from there on.
@@ -92,7 +108,9 @@ void TableCursor::openIndex(const AccessPlan &plan, std::span<sqlite3_value *> v
             range.upperIncluded = plan.upperIncluded;
         }
     }
-    if (!m_atEnd)
+    // Without bounds the order of all rows, which is remembered, serves as well.
+    const bool all = range.lower.empty() && range.upper.empty();
+    if (!m_atEnd && (plan.order.empty() || !all))
         m_rows = m_table->along(index.stored, range);
 }
 

@@ -30,6 +30,7 @@ public:
 private:
     void openIndex(const AccessPlan &plan, std::span<sqlite3_value *> values);
     void openLookup(const AccessPlan &plan, sqlite3_value *value);
+    [[nodiscard]] std::vector<std::uint32_t> inOrder(const std::vector<OrderTerm> &order);
     void openBeginning(sqlite3_value *value, const IndexInfo &index, std::size_t key, jet::KeyRange &range);
     [[nodiscard]] bool nextPlace();
     [[nodiscard]] bool isBehindBeginning() const;
@@ -42,7 +43,7 @@ private:
 
     std::optional<jet::Cursor> m_rows;
 
-    // Lookup: places still to visit, and the row of the last one.
+    // Lookup, or rows put in order: all places to visit, and the row of the last one.
     std::vector<std::uint32_t> m_places;
     std::size_t m_nextPlace = 0;
     jet::RowView m_fetched;

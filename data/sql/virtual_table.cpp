@@ -54,9 +54,11 @@ TableInfo describe(jet::Table &table)
 {
     const jet::TableDefinition &definition = table.definition();
     TableInfo info;
-    info.isRemembered.reserve(definition.columns.size());
-    for (const jet::Column &column : definition.columns)
-        info.isRemembered.push_back(isSearchable(column.type()) && column.type() != jet::ColumnType::Boolean);
+    for (const jet::Column &column : definition.columns) {
+        const bool searchable = isSearchable(column.type());
+        info.isRemembered.push_back(searchable && column.type() != jet::ColumnType::Boolean);
+        info.isSortable.push_back(searchable);
+    }
     for (std::size_t i = 0; i < definition.storedIndexes.size(); ++i) {
         if (auto index = describeIndex(table, i))
             info.indexes.push_back(std::move(*index));
@@ -185,6 +187,17 @@ int VirtualTable::bestIndex(sqlite3_index_info &asked)
     const Choice choice = chooseAccess(info, conditions, order);
     for (std::size_t i = 0; i < choice.arguments.size(); ++i)
         asked.aConstraintUsage[numbers[choice.arguments[i]]].argvIndex = static_cast<int>(i) + 1;
+    int arguments = static_cast<int>(choice.arguments.size());
+    for (std::size_t i = 0; i < conditions.size(); ++i) {
+        if (conditions[i].op != Condition::Op::StartsWith)
+            continue;
+        // Taken whether the plan uses it or not: the comparison beside it tests what it says, and SQLite
+        // would read the field once more for nothing.
+        auto &usage = asked.aConstraintUsage[numbers[i]];
+        usage.omit = 1;
+        if (usage.argvIndex == 0)
+            usage.argvIndex = ++arguments;
+    }
     asked.idxNum = planNumber(choice.plan);
     asked.orderByConsumed = choice.ordered ? 1 : 0;
     asked.estimatedCost = choice.cost;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "data/sql/lookup_cache.h"
+#include "data/sql/row_order.h"
 #include "data/sql/sqlite_handles.h"
 
 #include <cstdint>
@@ -17,11 +18,13 @@ struct TableSpace
     TableSpace(jet::Database &opened, PendingError &pending)
         : database(&opened)
         , lookups(opened)
+        , orders(opened)
         , errors(&pending)
     {}
 
     jet::Database *database;
     LookupCache lookups;
+    OrderCache orders;
     PendingError *errors;
     std::uint64_t rowsVisited = 0; ///< rows that cursors moved to
 };

@@ -114,6 +114,13 @@ int orderByKeys(const std::string &a, const std::string &b, Version version)
     return left < right ? -1 : left > right ? 1 : 0;
 }
 
+KeyBytes orderBytes(const std::string &text, Version version)
+{
+    KeyBytes bytes;
+    jet::appendTextOrder(bytes, text, version);
+    return bytes;
+}
+
 } // namespace
 
 class IndexKeyTest : public QObject
@@ -322,6 +329,8 @@ void IndexKeyTest::textOrderAgreesWithKeys()
             const std::string right = text();
             const int order = orderByKeys(left, right, version);
             QVERIFY2(sign(jet::compareText(left, right, version)) == order, (left + "|" + right).c_str());
+            QVERIFY2(sign(orderBytes(left, version).compare(orderBytes(right, version))) == order,
+                     (left + "|" + right).c_str());
         }
     }
 }
@@ -336,6 +345,11 @@ void IndexKeyTest::textOrderBeyondTheKeys()
         QVERIFY(jet::compareText(full + "a", full + "b", version) < 0);
         QVERIFY(jet::compareText(full, full + "b", version) < 0);
         QCOMPARE(jet::compareText(full + "a", full + "A  ", version), 0);
+        // The bytes order them likewise, and none are the beginning of others.
+        QVERIFY(orderBytes("zzz", version) < orderBytes("中", version));
+        QVERIFY(orderBytes("文", version) > orderBytes("中", version));
+        QCOMPARE(orderBytes("中a ", version), orderBytes("中A", version));
+        QVERIFY(orderBytes("中", version) + KeyBytes{9} < orderBytes("中a", version) + KeyBytes{1});
     }
     QVERIFY(jet::compareText("co-op", "coop", Version::Jet3) < 0);
     QVERIFY(jet::compareText("co-op", "coop", Version::Jet4) > 0);

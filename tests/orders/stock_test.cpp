@@ -1,6 +1,7 @@
 #include "orders/stock.h"
 
 #include "common/errors.h"
+#include "data/column_value.h"
 #include "tests/support/small_dealership.h"
 
 #include <QTest>
@@ -249,7 +250,20 @@ void StockTest::anotherStationsMovementCounts()
     }
     QCOMPARE(codes(findParts(dealer.conYear, "PartCode", "A")), QByteArray("A-1:15"));
     dealer.conYear.execute("Delete * from Stock_Stock where ITQty = 10");
-    QCOMPARE(codes(findParts(dealer.conYear, "PartCode", "A")), QByteArray("A-1:5"));
+    QCOMPARE(codes(findParts(dealer.conYear, "PartCode", "")), QByteArray("A-1:5"));
+    {
+        const auto other = jet::Database::open(dealer.folder() + "/server/DataBas/Y26.mdb",
+                                               {.password = std::string(data::schema::kPassword)});
+        jet::Table &items = other->table("Mast_Items");
+        std::vector<Value> part(items.definition().columns.size());
+        const std::pair<const char *, Value> fields[] = {{"ItemCode", 2}, {"PartCode", "A-0"}, {"Higher", 1}};
+        for (const auto &[name, value] : fields) {
+            const std::size_t position = items.definition().findColumn(name).value();
+            part[position] = data::toColumnType(items.definition().columns[position], value);
+        }
+        items.insert(part);
+    }
+    QCOMPARE(codes(findParts(dealer.conYear, "PartCode", "")), QByteArray("A-0: A-1:5"));
 }
 
 void StockTest::modelsElseGroups()

@@ -18,6 +18,7 @@ sql::TableInfo table(bool ordersText)
     sql::TableInfo info;
     info.rows = 10'000;
     info.isRemembered = {true, true, true, true, true, true};
+    info.isSortable = {true, true, true, true, true, false};
     info.indexes = {
         IndexInfo{.stored = 0, .keys = {{.field = 0}}, .unique = true, .distinctKeys = 10'000},
         IndexInfo{.stored = 1,
@@ -89,6 +90,8 @@ QString planText(const sql::Choice &choice)
     }
     if (choice.oneRow)
         text += QStringLiteral(" one");
+    if (!choice.plan.order.empty())
+        text += QStringLiteral(" sorted");
     if (choice.ordered)
         text += QStringLiteral(" ordered");
     return text;
@@ -123,14 +126,19 @@ void AccessPlanTest::choices_data()
     row("=1", "r", "index 1 = ordered");
     row("=1", "1 r", "index 1 = ordered");
     row("^1", "1 r", "index 1 ^ ordered");
-    row("^1", "1 r", "index 1 ^", false);
+    row("^1", "1 r", "index 1 ^ sorted ordered", false);
+    row("^1", "r", "index 1 ^");
     row(">1 <1", "1 r", "index 1 > < ordered");
     row(">1", "r", "scan ordered", false);
     row("", "1 r", "index 1 ordered");
-    row("", "1 r", "scan", false);
+    row("", "1 r", "scan sorted ordered", false);
+    row("", "1 3 -4", "scan sorted ordered");
+    row("", "1 5", "scan"); // of a kind that cannot be put in order
+    row("=0", "1 r", "index 0 = one");
     row(">=2 <2", "r", "index 2 >= <");
     row(">=2 <2", "2 5 r", "index 2 >= < ordered");
-    row(">=2 <2", "2 r", "index 2 >= <"); // not the stored order among equal dates: 5 comes between
+    row(">=2 <2", "2 r",
+        "index 2 >= < sorted ordered"); // not the stored order among equal dates: 5 comes between
     row("=2", "5 r", "index 2 = ordered");
     row("=2", "2 -5", "index 2 =");
     row("=2 >5", "r", "index 2 = >");
@@ -140,7 +148,7 @@ void AccessPlanTest::choices_data()
     row(">3", "r", "scan ordered");
     row(">4", "r", "scan ordered"); // bounds on a descending field are not used
     row("=4", "-4 r", "index 3 = ordered");
-    row("", "-4 r", "scan"); // rows with nulls are not in the index
+    row("", "-4 r", "scan sorted ordered"); // rows with nulls are not in the index
 }
 
 void AccessPlanTest::choices()
