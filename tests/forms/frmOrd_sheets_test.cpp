@@ -154,6 +154,8 @@ void frmOrdSheetsTest::anImportedOrderKeepsItsLinesThroughSaveAndExport()
     OrderDesk desk;
     desk.context.spreadsheets = &m_office;
     desk.open();
+    // The office starts with the form, in the background.
+    QTRY_VERIFY_WITH_TIMEOUT(!m_machine.processes().empty(), 60'000);
     const auto words = [](const char *text) { return QString::fromLatin1(text).split(QLatin1Char('|')); };
     const QString wanted = makeWorkbook(
         "wanted", {{QStringLiteral("ORDER"),
