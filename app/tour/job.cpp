@@ -10,7 +10,9 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
-#include <QTextEdit>
+#include <QPushButton>
+
+#include <algorithm>
 
 namespace tour {
 
@@ -165,8 +167,10 @@ void Job::chooseSupplier()
     add(
         QString(),
         [this] {
-            const auto *box = m_stage.window("runTimeError");
-            return box && box->findChild<QTextEdit *>()->isVisible();
+            const auto buttons = m_stage.window("runTimeError")->findChildren<QPushButton *>();
+            return std::any_of(buttons.begin(), buttons.end(), [](const QPushButton *button) {
+                return button->text().contains(QLatin1String("Hide &Details"));
+            });
         },
         [this] {
             m_stage.picture(m_stage.window("runTimeError"), QStringLiteral("error"));
