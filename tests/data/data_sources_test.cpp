@@ -42,14 +42,99 @@ class DataSourcesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void registeredSourcesAreSeenByOthers();
-    void aMissingFileIsToldOnceAndNotRegistered();
-    void anExistingSourceIsMadeAnewWithoutLookingAtTheFile();
-    void othersSourcesAreLeftAlone();
-    void aSourceRemovedByAnotherProgramIsGone();
-    void aUsersFileThatCannotBeWrittenIsIgnored();
+    void initTestCase()
+    {
+        if (odbcinst({QStringLiteral("-j")}).isEmpty())
+            QSKIP("odbcinst is not installed");
+    }
+
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        qputenv("ODBCINI", userFile().toLocal8Bit());
+        m_database = m_folder->filePath(QStringLiteral("DataBas/Y 26;a.mdb")).toStdString();
+        std::filesystem::create_directory(m_folder->filePath(QStringLiteral("DataBas")).toStdString());
+        std::ofstream stream(m_database);
+        m_dialogs = ScriptedDialogs();
+    }
+
+    void registeredSourcesAreSeenByOthers()
+    {
+        // Registered as the system writes the path, in other letter case; the source names the file as it is.
+        const std::string written = m_folder->path().toStdString() + "\\Databas\\y 26;A.MDB";
+        data::Make_Dsn(kName, written, m_dialogs);
+        QCOMPARE(sources(), QStringList{QStringLiteral("[VELK_OTH_Y26]")});
+        const QString shown = odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"),
+                                        QStringLiteral("VELK_OTH_Y26")});
+        QVERIFY2(shown.contains(QStringLiteral("Driver=Microsoft Access Driver (*.mdb)")), qPrintable(shown));
+        QVERIFY2(shown.contains(QStringLiteral("DBQ=%1").arg(QString::fromStdString(m_database))),
+                 qPrintable(shown));
+        QCOMPARE(data::dataSourceFile(kName), m_database);
+
+        data::Remove_Dsn(kName, written);
+        QCOMPARE(sources(), QStringList());
+        QCOMPARE(data::dataSourceFile(kName), std::nullopt);
+        data::Remove_Dsn(kName, written); // twice does nothing more
+        QCOMPARE(sources(), QStringList());
+        QVERIFY(m_dialogs.shown.isEmpty());
+    }
+
+    void aMissingFileIsToldOnceAndNotRegistered()
+    {
+        data::Make_Dsn(kName, m_database + ".none", m_dialogs);
+        QCOMPARE(m_dialogs.shown, QStringList{QStringLiteral("Database file doesn't exist!")});
+        QCOMPARE(m_dialogs.lastIcon, Dialogs::Icon::Critical);
+        QCOMPARE(m_dialogs.lastTitle, Dialogs::Title::Application);
+        QCOMPARE(sources(), QStringList());
+    }
+
+    void anExistingSourceIsMadeAnewWithoutLookingAtTheFile()
+    {
+        data::Make_Dsn(kName, m_database, m_dialogs);
+        QFile extended(userFile());
+        QVERIFY(extended.open(QIODevice::Append));
+        extended.write("ReadOnly=1\n");
+        extended.close();
+
+        data::Make_Dsn(kName, "/gone\\DataBas\\Y26.mdb", m_dialogs);
+        QVERIFY(m_dialogs.shown.isEmpty());
+        QCOMPARE(data::dataSourceFile(kName), std::string("/gone/DataBas/Y26.mdb"));
+        const QString shown = odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"),
+                                        QStringLiteral("VELK_OTH_Y26")});
+        QVERIFY2(!shown.contains(QStringLiteral("ReadOnly")),
+                 qPrintable(shown)); // removed before it was added
+    }
+
+    void othersSourcesAreLeftAlone()
+    {
+        QFile foreign(userFile());
+        QVERIFY(foreign.open(QIODevice::WriteOnly));
+        foreign.write("[Ledger]\nDriver = Other\nServer = acc\n");
+        foreign.close();
+        data::Make_Dsn(kName, m_database, m_dialogs);
+        data::Remove_Dsn(kName, m_database);
+        QCOMPARE(sources(), QStringList{QStringLiteral("[Ledger]")});
+        QVERIFY(odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"),
+                          QStringLiteral("Ledger")})
+                    .contains(QStringLiteral("Server=acc")));
+    }
+
+    void aSourceRemovedByAnotherProgramIsGone()
+    {
+        data::Make_Dsn(kName, m_database, m_dialogs);
+        QCOMPARE(data::dataSourceFile(kName), m_database);
+        odbcinst({QStringLiteral("-u"), QStringLiteral("-s"), QStringLiteral("-h"), QStringLiteral("-n"),
+                  QStringLiteral("VELK_OTH_Y26")});
+        QCOMPARE(data::dataSourceFile(kName), std::nullopt);
+    }
+
+    void aUsersFileThatCannotBeWrittenIsIgnored()
+    {
+        qputenv("ODBCINI", m_folder->filePath(QStringLiteral("none/odbc.ini")).toLocal8Bit());
+        data::Make_Dsn(kName, m_database, m_dialogs);
+        QVERIFY(m_dialogs.shown.isEmpty());
+        QCOMPARE(data::dataSourceFile(kName), std::nullopt);
+    }
 
 private:
     [[nodiscard]] QString userFile() const { return m_folder->filePath(QStringLiteral("odbc.ini")); }
@@ -58,99 +143,6 @@ private:
     std::string m_database;
     ScriptedDialogs m_dialogs;
 };
-
-void DataSourcesTest::initTestCase()
-{
-    if (odbcinst({QStringLiteral("-j")}).isEmpty())
-        QSKIP("odbcinst is not installed");
-}
-
-void DataSourcesTest::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    qputenv("ODBCINI", userFile().toLocal8Bit());
-    m_database = m_folder->filePath(QStringLiteral("DataBas/Y 26;a.mdb")).toStdString();
-    std::filesystem::create_directory(m_folder->filePath(QStringLiteral("DataBas")).toStdString());
-    std::ofstream stream(m_database);
-    m_dialogs = ScriptedDialogs();
-}
-
-void DataSourcesTest::registeredSourcesAreSeenByOthers()
-{
-    // Registered as the system writes the path, in other letter case; the source names the file as it is.
-    const std::string written = m_folder->path().toStdString() + "\\Databas\\y 26;A.MDB";
-    data::Make_Dsn(kName, written, m_dialogs);
-    QCOMPARE(sources(), QStringList{QStringLiteral("[VELK_OTH_Y26]")});
-    const QString shown = odbcinst(
-        {QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"), QStringLiteral("VELK_OTH_Y26")});
-    QVERIFY2(shown.contains(QStringLiteral("Driver=Microsoft Access Driver (*.mdb)")), qPrintable(shown));
-    QVERIFY2(shown.contains(QStringLiteral("DBQ=%1").arg(QString::fromStdString(m_database))),
-             qPrintable(shown));
-    QCOMPARE(data::dataSourceFile(kName), m_database);
-
-    data::Remove_Dsn(kName, written);
-    QCOMPARE(sources(), QStringList());
-    QCOMPARE(data::dataSourceFile(kName), std::nullopt);
-    data::Remove_Dsn(kName, written); // twice does nothing more
-    QCOMPARE(sources(), QStringList());
-    QVERIFY(m_dialogs.shown.isEmpty());
-}
-
-void DataSourcesTest::aMissingFileIsToldOnceAndNotRegistered()
-{
-    data::Make_Dsn(kName, m_database + ".none", m_dialogs);
-    QCOMPARE(m_dialogs.shown, QStringList{QStringLiteral("Database file doesn't exist!")});
-    QCOMPARE(m_dialogs.lastIcon, Dialogs::Icon::Critical);
-    QCOMPARE(m_dialogs.lastTitle, Dialogs::Title::Application);
-    QCOMPARE(sources(), QStringList());
-}
-
-void DataSourcesTest::anExistingSourceIsMadeAnewWithoutLookingAtTheFile()
-{
-    data::Make_Dsn(kName, m_database, m_dialogs);
-    QFile extended(userFile());
-    QVERIFY(extended.open(QIODevice::Append));
-    extended.write("ReadOnly=1\n");
-    extended.close();
-
-    data::Make_Dsn(kName, "/gone\\DataBas\\Y26.mdb", m_dialogs);
-    QVERIFY(m_dialogs.shown.isEmpty());
-    QCOMPARE(data::dataSourceFile(kName), std::string("/gone/DataBas/Y26.mdb"));
-    const QString shown = odbcinst(
-        {QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"), QStringLiteral("VELK_OTH_Y26")});
-    QVERIFY2(!shown.contains(QStringLiteral("ReadOnly")), qPrintable(shown)); // removed before it was added
-}
-
-void DataSourcesTest::othersSourcesAreLeftAlone()
-{
-    QFile foreign(userFile());
-    QVERIFY(foreign.open(QIODevice::WriteOnly));
-    foreign.write("[Ledger]\nDriver = Other\nServer = acc\n");
-    foreign.close();
-    data::Make_Dsn(kName, m_database, m_dialogs);
-    data::Remove_Dsn(kName, m_database);
-    QCOMPARE(sources(), QStringList{QStringLiteral("[Ledger]")});
-    QVERIFY(
-        odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"), QStringLiteral("Ledger")})
-            .contains(QStringLiteral("Server=acc")));
-}
-
-void DataSourcesTest::aSourceRemovedByAnotherProgramIsGone()
-{
-    data::Make_Dsn(kName, m_database, m_dialogs);
-    QCOMPARE(data::dataSourceFile(kName), m_database);
-    odbcinst({QStringLiteral("-u"), QStringLiteral("-s"), QStringLiteral("-h"), QStringLiteral("-n"),
-              QStringLiteral("VELK_OTH_Y26")});
-    QCOMPARE(data::dataSourceFile(kName), std::nullopt);
-}
-
-void DataSourcesTest::aUsersFileThatCannotBeWrittenIsIgnored()
-{
-    qputenv("ODBCINI", m_folder->filePath(QStringLiteral("none/odbc.ini")).toLocal8Bit());
-    data::Make_Dsn(kName, m_database, m_dialogs);
-    QVERIFY(m_dialogs.shown.isEmpty());
-    QCOMPARE(data::dataSourceFile(kName), std::nullopt);
-}
 
 QTEST_APPLESS_MAIN(DataSourcesTest)
 #include "data_sources_test.moc"

@@ -4,6 +4,7 @@
 
 #include "data/recordset.h"
 #include "tests/jet/jet_support.h"
+#include "tests/support/rows.h"
 
 using data::CursorType;
 using data::LockType;
@@ -60,12 +61,10 @@ private slots:
     /// A recordset that stands at a row keeps nobody from working, and meets what was changed meanwhile.
     void standingAtARow_data()
     {
-        QTest::addColumn<int>("cursor");
-        QTest::addColumn<int>("lock");
-        QTest::addColumn<int>("rows");
-        QTest::newRow("row by row") << int(CursorType::Dynamic) << int(LockType::ReadOnly) << kRows - 50;
-        QTest::newRow("copy") << int(CursorType::Static) << int(LockType::ReadOnly) << kRows;
-        QTest::newRow("places") << int(CursorType::Dynamic) << int(LockType::Pessimistic) << kRows - 50;
+        const Rows<int, int, int> row({"cursor", "lock", "rows"});
+        row("row by row", int(CursorType::Dynamic), int(LockType::ReadOnly), kRows - 50);
+        row("copy", int(CursorType::Static), int(LockType::ReadOnly), kRows);
+        row("places", int(CursorType::Dynamic), int(LockType::Pessimistic), kRows - 50);
     }
     void standingAtARow()
     {
@@ -98,9 +97,9 @@ private slots:
     /// The row was deleted by another workstation, and its place given to a new one.
     void placeOfAnotherRow_data()
     {
-        QTest::addColumn<bool>("erase");
-        QTest::newRow("update") << false;
-        QTest::newRow("delete") << true;
+        const Rows<bool> row({"erase"});
+        row("update", false);
+        row("delete", true);
     }
     void placeOfAnotherRow()
     {

@@ -4,6 +4,7 @@
 #include "data/jet/check.h"
 #include "data/jet/column_scan.h"
 #include "tests/jet/memory_file.h"
+#include "tests/support/outcome.h"
 
 #include <QtTest>
 
@@ -80,12 +81,7 @@ inline QByteArray scanDifference(jet::Table &table)
 template <class Action>
 int errorOf(Action action)
 {
-    try {
-        action();
-    } catch (const AppError &error) {
-        return static_cast<int>(error.number());
-    }
-    return 0;
+    return static_cast<int>(::errorOf(action).value_or(ErrorNumber{}));
 }
 
 /// Sentence of the AppError that an action throws.
@@ -102,9 +98,9 @@ QString sentenceOf(Action action)
 
 inline void addVersions()
 {
-    QTest::addColumn<int>("version");
-    QTest::newRow("Access 97") << 0;
-    QTest::newRow("Access 2000") << 1;
+    const Rows<int> row({"version"});
+    row("Access 97", 0);
+    row("Access 2000", 1);
 }
 
 inline jet::Version version()

@@ -5,6 +5,7 @@
 #include "orders/proposal.h"
 
 #include "common/db.h"
+#include "tests/support/rows.h"
 #include "tests/support/small_dealership.h"
 
 #include <QProcess>
@@ -303,93 +304,85 @@ class ProposalWaysTest : public QObject
     Q_OBJECT
 
 private slots:
-    void bothWaysAgree_data();
-    void bothWaysAgree();
-    void figuresAreThoseOfTheRowsWrittenOut_data();
-    void figuresAreThoseOfTheRowsWrittenOut();
-};
+    void bothWaysAgree_data()
+    {
+        const Rows<int, bool, QByteArray, bool> row({"seed", "access2000", "ownYear", "doubled"});
+        row("newest year", 1, false, "Y26", false);
+        row("older year", 2, false, "y25", false);
+        row("year outside the period", 3, false, "Y24", false);
+        row("Access 2000", 4, true, "Y26", false);
+        row("one code on two rows of the master", 5, false, "Y26", true);
+    }
 
-void ProposalWaysTest::bothWaysAgree_data()
-{
-    QTest::addColumn<int>("seed");
-    QTest::addColumn<bool>("access2000");
-    QTest::addColumn<QByteArray>("ownYear");
-    QTest::addColumn<bool>("doubled");
-    QTest::newRow("newest year") << 1 << false << QByteArray("Y26") << false;
-    QTest::newRow("older year") << 2 << false << QByteArray("y25") << false;
-    QTest::newRow("year outside the period") << 3 << false << QByteArray("Y24") << false;
-    QTest::newRow("Access 2000") << 4 << true << QByteArray("Y26") << false;
-    QTest::newRow("one code on two rows of the master") << 5 << false << QByteArray("Y26") << true;
-}
+    void bothWaysAgree()
+    {
+        QFETCH(int, seed);
+        QFETCH(bool, access2000);
+        QFETCH(QByteArray, ownYear);
+        QFETCH(bool, doubled);
+        Dice dice(static_cast<unsigned>(seed));
+        SmallDealership dealer(access2000 ? jet::Version::Jet4 : jet::Version::Jet3);
+        makeYears(dealer, dice, doubled);
+        dealer.connect(ownYear.toUpper().toStdString());
+        dealer.session.DbMst = ownYear.toStdString();
 
-void ProposalWaysTest::bothWaysAgree()
-{
-    QFETCH(int, seed);
-    QFETCH(bool, access2000);
-    QFETCH(QByteArray, ownYear);
-    QFETCH(bool, doubled);
-    Dice dice(static_cast<unsigned>(seed));
-    SmallDealership dealer(access2000 ? jet::Version::Jet4 : jet::Version::Jet3);
-    makeYears(dealer, dice, doubled);
-    dealer.connect(ownYear.toUpper().toStdString());
-    dealer.session.DbMst = ownYear.toStdString();
-
-    Proposal proposal(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
-    std::int64_t proposed = 0;
-    for (const int type : {1, 2, 3, 4}) {
-        for (const auto &[from, months, cover] :
-             {std::tuple(Date::fromYmd(2026, 3, 10), 2, "2"), std::tuple(Date::fromYmd(2026, 4, 5), 1, "0"),
-              std::tuple(Date::fromYmd(2026, 3, 31), 3, "1.3"),
-              std::tuple(Date::fromYmd(2026, 3, 30), 12, "40")}) {
-            const ProposalRequest request = {
-                {from, Date::fromYmd(2026, 5, 5), static_cast<OrderType>(type)}, months, cover};
-            proposal.analyse(request, {}, Proposal::Way::Statements);
-            const QByteArray expected = contents(dealer, proposal);
-            proposed += proposal.analyse(request).proposed;
-            QCOMPARE(contents(dealer, proposal), expected);
-            if (type <= 2)
-                compareExplanations(dealer, request, doubled);
-            if (QTest::currentTestFailed())
-                return;
+        Proposal proposal(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
+        std::int64_t proposed = 0;
+        for (const int type : {1, 2, 3, 4}) {
+            for (const auto &[from, months, cover] : {std::tuple(Date::fromYmd(2026, 3, 10), 2, "2"),
+                                                      std::tuple(Date::fromYmd(2026, 4, 5), 1, "0"),
+                                                      std::tuple(Date::fromYmd(2026, 3, 31), 3, "1.3"),
+                                                      std::tuple(Date::fromYmd(2026, 3, 30), 12, "40")}) {
+                const ProposalRequest request = {
+                    {from, Date::fromYmd(2026, 5, 5), static_cast<OrderType>(type)}, months, cover};
+                proposal.analyse(request, {}, Proposal::Way::Statements);
+                const QByteArray expected = contents(dealer, proposal);
+                proposed += proposal.analyse(request).proposed;
+                QCOMPARE(contents(dealer, proposal), expected);
+                if (type <= 2)
+                    compareExplanations(dealer, request, doubled);
+                if (QTest::currentTestFailed())
+                    return;
+            }
         }
+        QVERIFY2(proposed > 100, "the dealership is too quiet to tell the ways apart");
     }
-    QVERIFY2(proposed > 100, "the dealership is too quiet to tell the ways apart");
-}
 
-void ProposalWaysTest::figuresAreThoseOfTheRowsWrittenOut_data()
-{
-    QTest::addColumn<int>("seed");
-    QTest::addColumn<bool>("access2000");
-    QTest::newRow("Access 97") << 11 << false;
-    QTest::newRow("Access 2000") << 12 << true;
-}
-
-void ProposalWaysTest::figuresAreThoseOfTheRowsWrittenOut()
-{
-    QFETCH(int, seed);
-    QFETCH(bool, access2000);
-    constexpr int kMonths = 2;
-    constexpr int kCover = 40;
-    Dice dice(static_cast<unsigned>(seed));
-    SmallDealership dealer(access2000 ? jet::Version::Jet4 : jet::Version::Jet3);
-    makeYears(dealer, dice, false);
-    dealer.connect("Y26");
-    Proposal proposal(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
-    proposal.analyse(
-        {{Date::fromYmd(2026, 3, 20), Date::fromYmd(2026, 5, 5), OrderType::All}, kMonths, "40"});
-
-    auto newer = plainSums(dealer, QStringLiteral("Y26"), "2026-03-20T00:00:00", "2026-05-05T00:00:00");
-    auto older = plainSums(dealer, QStringLiteral("Y25"), "2026-03-20T00:00:00", "2026-05-05T00:00:00");
-    int lines = 0;
-    for (int item = 1; item <= kItems + 3; ++item) {
-        const QByteArray plain = plainLine(newer[item], older[item], kMonths, kCover, "2026-05-05T00:00:00");
-        QCOMPARE(rowsOf("Select * From Dum Where A66 = " + std::to_string(item), dealer.conLayouts,
-                        {"A67", "A23", "A68", "A69", "A72"}),
-                 plain);
-        lines += plain.isEmpty() ? 0 : 1;
+    void figuresAreThoseOfTheRowsWrittenOut_data()
+    {
+        const Rows<int, bool> row({"seed", "access2000"});
+        row("Access 97", 11, false);
+        row("Access 2000", 12, true);
     }
-    QVERIFY(lines > 10);
-}
+
+    void figuresAreThoseOfTheRowsWrittenOut()
+    {
+        QFETCH(int, seed);
+        QFETCH(bool, access2000);
+        constexpr int kMonths = 2;
+        constexpr int kCover = 40;
+        Dice dice(static_cast<unsigned>(seed));
+        SmallDealership dealer(access2000 ? jet::Version::Jet4 : jet::Version::Jet3);
+        makeYears(dealer, dice, false);
+        dealer.connect("Y26");
+        Proposal proposal(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
+        proposal.analyse(
+            {{Date::fromYmd(2026, 3, 20), Date::fromYmd(2026, 5, 5), OrderType::All}, kMonths, "40"});
+
+        auto newer = plainSums(dealer, QStringLiteral("Y26"), "2026-03-20T00:00:00", "2026-05-05T00:00:00");
+        auto older = plainSums(dealer, QStringLiteral("Y25"), "2026-03-20T00:00:00", "2026-05-05T00:00:00");
+        int lines = 0;
+        for (int item = 1; item <= kItems + 3; ++item) {
+            const QByteArray plain =
+                plainLine(newer[item], older[item], kMonths, kCover, "2026-05-05T00:00:00");
+            QCOMPARE(rowsOf("Select * From Dum Where A66 = " + std::to_string(item), dealer.conLayouts,
+                            {"A67", "A23", "A68", "A69", "A72"}),
+                     plain);
+            lines += plain.isEmpty() ? 0 : 1;
+        }
+        QVERIFY(lines > 10);
+    }
+};
 
 QTEST_APPLESS_MAIN(ProposalWaysTest)
 #include "proposal_ways_test.moc"

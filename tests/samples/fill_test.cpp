@@ -1,10 +1,10 @@
 // The average-stock fill over generated dealerships, against a plain recomputation from the generated
 // movements that knows neither databases nor statements.
 
-#include "data/schema.h"
 #include "orders/proposal.h"
 #include "samples/company.h"
 #include "samples/dealership.h"
+#include "tests/support/rows.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -107,24 +107,16 @@ std::map<std::int32_t, Expected> recompute(const Options &options, int number, c
     return lines;
 }
 
-void open(data::Connection &connection, const std::string &file)
-{
-    connection.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + file +
-                                   ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-    connection.open();
-}
-
 std::map<std::int32_t, Expected> fillGrid(const Options &options, int number, const Fill &fill)
 {
     Session session;
     session.ServerPath = options.folder + "/server";
     session.ComCode = company(number).code;
     session.SPID = static_cast<std::uint8_t>(company(number).priceCategory);
-    data::Connection conMain, conLayouts, conYear;
-    conLayouts.setDurable(data::Durable::No);
-    open(conMain, session.ServerPath + "/DataBas/Main.mdb");
-    open(conLayouts, options.folder + "/program/Layouts.mdb");
-    open(conYear, session.ServerPath + "/DataBas/" + companyYears(options, number).back().database + ".mdb");
+    const std::string bases = session.ServerPath + "/DataBas/";
+    data::Connection conMain = data::openFile(bases + "Main.mdb");
+    data::Connection conLayouts = data::openFile(options.folder + "/program/Layouts.mdb", data::Durable::No);
+    data::Connection conYear = data::openFile(bases + companyYears(options, number).back().database + ".mdb");
 
     orders::Proposal proposal(session, conMain, conLayouts, conYear);
     const Date date = toDate(options.date);
@@ -151,64 +143,59 @@ class FillTest : public QObject
     Q_OBJECT
 
 private slots:
-    void fillAgreesWithTheMovements_data();
-    void fillAgreesWithTheMovements();
+    void fillAgreesWithTheMovements_data()
+    {
+        const Rows<Options, int, bool> row({"options", "leastLines", "otherFills"});
+        Options sample;
+        sample.date = std::chrono::year{2026} / 11 / 22;
+        sample.companies = 1;
+        sample.years = 2;
+        row("sample", sample, 200, false);
+        Options april = sample;
+        april.companies = 2;
+        april.years = 3;
+        april.date = std::chrono::year{2026} / 4 / 10;
+        april.items = 200;
+        april.movements = 3'000;
+        april.seed = 2;
+        row("new year", april, 20, true);
+        Options march = april;
+        march.date = std::chrono::year{2026} / 3 / 31;
+        march.format = jet::Version::Jet4;
+        march.seed = 3;
+        row("old year, Access 2000", march, 20, true);
+        Options single = april;
+        single.years = 1;
+        single.date = std::chrono::year{2026} / 9 / 30;
+        row("one year", single, 20, true);
+    }
+
+    void fillAgreesWithTheMovements()
+    {
+        QFETCH(Options, options);
+        QFETCH(int, leastLines);
+        QFETCH(bool, otherFills);
+        QTemporaryDir temporary;
+        options.folder = temporary.filePath(QStringLiteral("dealership")).toStdString();
+        makeDealership(options);
+
+        std::vector<Fill> fills = {Fill{}};
+        if (otherFills)
+            fills.insert(fills.end(),
+                         {Fill{1, orders::OrderType::All, 1}, Fill{12, orders::OrderType::Consumables, 3},
+                          Fill{7, orders::OrderType::Accessories, 2}});
+        for (int number = 0; number < options.companies; ++number)
+            for (const Fill &fill : fills) {
+                const auto expected = recompute(options, number, fill);
+                const auto actual = fillGrid(options, number, fill);
+                QCOMPARE(actual.size(), expected.size());
+                for (const auto &[item, line] : expected)
+                    QVERIFY2(actual.contains(item) && actual.at(item) == line, std::to_string(item).c_str());
+                if (fill.type == orders::OrderType::Spares)
+                    QVERIFY(static_cast<int>(expected.size()) >= leastLines && expected.size() < 900);
+            }
+    }
 };
-
-void FillTest::fillAgreesWithTheMovements_data()
-{
-    QTest::addColumn<Options>("options");
-    QTest::addColumn<int>("leastLines");
-    QTest::addColumn<bool>("otherFills");
-    Options sample;
-    sample.date = std::chrono::year{2026} / 11 / 22;
-    sample.companies = 1;
-    sample.years = 2;
-    QTest::newRow("sample") << sample << 200 << false;
-    Options april = sample;
-    april.companies = 2;
-    april.years = 3;
-    april.date = std::chrono::year{2026} / 4 / 10;
-    april.items = 200;
-    april.movements = 3'000;
-    april.seed = 2;
-    QTest::newRow("new year") << april << 20 << true;
-    Options march = april;
-    march.date = std::chrono::year{2026} / 3 / 31;
-    march.format = jet::Version::Jet4;
-    march.seed = 3;
-    QTest::newRow("old year, Access 2000") << march << 20 << true;
-    Options single = april;
-    single.years = 1;
-    single.date = std::chrono::year{2026} / 9 / 30;
-    QTest::newRow("one year") << single << 20 << true;
-}
-
-void FillTest::fillAgreesWithTheMovements()
-{
-    QFETCH(Options, options);
-    QFETCH(int, leastLines);
-    QFETCH(bool, otherFills);
-    QTemporaryDir temporary;
-    options.folder = temporary.filePath(QStringLiteral("dealership")).toStdString();
-    makeDealership(options);
-
-    std::vector<Fill> fills = {Fill{}};
-    if (otherFills)
-        fills.insert(fills.end(),
-                     {Fill{1, orders::OrderType::All, 1}, Fill{12, orders::OrderType::Consumables, 3},
-                      Fill{7, orders::OrderType::Accessories, 2}});
-    for (int number = 0; number < options.companies; ++number)
-        for (const Fill &fill : fills) {
-            const auto expected = recompute(options, number, fill);
-            const auto actual = fillGrid(options, number, fill);
-            QCOMPARE(actual.size(), expected.size());
-            for (const auto &[item, line] : expected)
-                QVERIFY2(actual.contains(item) && actual.at(item) == line, std::to_string(item).c_str());
-            if (fill.type == orders::OrderType::Spares)
-                QVERIFY(static_cast<int>(expected.size()) >= leastLines && expected.size() < 900);
-        }
-}
 
 QTEST_APPLESS_MAIN(FillTest)
 #include "fill_test.moc"

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "common/errors.h"
+#include "tests/support/rows.h"
 
 #include <QTest>
 
+#include <optional>
 #include <string>
 
 /// What an expression gives as UTF-8 text, or "error 6" when it ends with that AppError. For rows of test
@@ -19,19 +21,25 @@ QString outcome(Expression expression)
     }
 }
 
+/// The number of the AppError that an act ends with; nothing when it throws none.
+template <class Act>
+std::optional<ErrorNumber> errorOf(Act act)
+{
+    try {
+        act();
+        return std::nullopt;
+    } catch (const AppError &error) {
+        return error.number();
+    }
+}
+
 /// A list of a test's rows, to be filled in its data function.
-class OutcomeRows
+class OutcomeRows : public Rows<QString, QString>
 {
 public:
     OutcomeRows()
-    {
-        QTest::addColumn<QString>("actual");
-        QTest::addColumn<QString>("expected");
-    }
-    void operator()(const char *name, const QString &actual, const char *expected) const
-    {
-        QTest::newRow(name) << actual << QString::fromUtf8(expected);
-    }
+        : Rows({"actual", "expected"})
+    {}
 };
 
 /// The body of such a test.

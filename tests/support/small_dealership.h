@@ -173,10 +173,9 @@ public:
     {
         m_open.clear();
         session.DbMst = code;
-        open(conMain, "/server/DataBas/Main.mdb");
-        conLayouts.setDurable(data::Durable::No);
-        open(conLayouts, "/program/Layouts.mdb");
-        open(conYear, "/server/DataBas/" + code + ".mdb");
+        conMain = data::openFile(folder() + "/server/DataBas/Main.mdb");
+        conLayouts = data::openFile(folder() + "/program/Layouts.mdb", data::Durable::No);
+        conYear = data::openFile(folder() + "/server/DataBas/" + code + ".mdb");
     }
 
     [[nodiscard]] std::string folder() const { return m_folder.path().toStdString(); }
@@ -193,14 +192,6 @@ private:
         if (!made)
             made = std::make_unique<TestDatabase>(folder() + name, m_version, tables);
         return *made;
-    }
-
-    void open(data::Connection &connection, const std::string &name)
-    {
-        connection.setConnectionString(
-            "Provider=Microsoft.jet.oledb.3.51; Data Source=" + folder() + name +
-            ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-        connection.open();
     }
 
     QTemporaryDir m_folder;
