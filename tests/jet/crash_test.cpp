@@ -3,6 +3,7 @@
 #include "tests/jet/crash_disk.h"
 #include "tests/jet/crash_scene.h"
 #include "tests/jet/jet_support.h"
+#include "tests/support/rows.h"
 
 #include <QTemporaryDir>
 
@@ -185,9 +186,9 @@ private slots:
     /// The mark of a writer that is gone, and no journal: it was another program.
     void writingMarkOfAnotherProgram_data()
     {
-        QTest::addColumn<int>("mark");
-        QTest::newRow("stopped while writing") << 0;
-        QTest::newRow("met a damaged page") << 1;
+        const Rows<int> row({"mark"});
+        row("stopped while writing", 0);
+        row("met a damaged page", 1);
     }
     void writingMarkOfAnotherProgram()
     {
@@ -293,9 +294,9 @@ private slots:
     /// On a medium that cannot be written, or in a folder that takes no lock file, a file can be read.
     void readOnlyMedium_data()
     {
-        QTest::addColumn<bool>("fileIsWritable");
-        QTest::newRow("medium") << false;
-        QTest::newRow("folder") << true;
+        const Rows<bool> row({"fileIsWritable"});
+        row("medium", false);
+        row("folder", true);
     }
     void readOnlyMedium()
     {

@@ -2,9 +2,8 @@
 
 #include "data/jet/page_store.h"
 #include "tests/jet/jet_support.h"
+#include "tests/support/mdb_export.h"
 
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <set>
@@ -26,15 +25,10 @@ TableSpec textTable(std::size_t columns, std::size_t fixedColumns = 0)
     return spec;
 }
 
-QString exported(const QString &path, const QString &table, const QStringList &options = {})
+QString written(const QString &path, const QString &table, const QStringList &options = {})
 {
-    QProcess process;
-    process.start(QStringLiteral("mdb-export"), QStringList{QStringLiteral("-H"), QStringLiteral("-T"),
-                                                            QStringLiteral("%Y-%m-%dT%H:%M:%S")} +
-                                                    options + QStringList{path, table});
-    if (!process.waitForFinished() || process.exitCode() != 0)
-        return QStringLiteral("mdb-export failed: ") + QString::fromUtf8(process.readAllStandardError());
-    return QString::fromUtf8(process.readAllStandardOutput());
+    const QStringList seconds{QStringLiteral("-T"), QStringLiteral("%Y-%m-%dT%H:%M:%S")};
+    return QString::fromUtf8(exported(path.toStdString(), table.toUtf8().constData(), seconds + options));
 }
 
 QStringList sortedLines(const QString &text)
@@ -55,7 +49,7 @@ private slots:
 
     void initTestCase()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty())
+        if (!canExport())
             QSKIP("mdb-export is not installed: 7 comparisons in both versions are left out.");
     }
 
@@ -148,7 +142,7 @@ private slots:
         table.insert(full);
         table.insert(zeros);
         table.insert(empty);
-        QCOMPARE(exported(m_path, QStringLiteral("Types"), {QStringLiteral("-b"), QStringLiteral("hex")}),
+        QCOMPARE(written(m_path, QStringLiteral("Types"), {QStringLiteral("-b"), QStringLiteral("hex")}),
                  expected);
     }
 
@@ -182,7 +176,7 @@ private slots:
         }
         QVERIFY(expected.size() > 120);
         expected.sort();
-        QCOMPARE(sortedLines(exported(m_path, QStringLiteral("Texts"))), expected);
+        QCOMPARE(sortedLines(written(m_path, QStringLiteral("Texts"))), expected);
     }
 
     /// A fixed part over 512 bytes: two jump bytes name the same offset.
@@ -194,7 +188,7 @@ private slots:
         table.insert(row);
         const QString line = QStringLiteral("1,").repeated(80) + QStringLiteral("\"one\",,\"") +
                              QStringLiteral("x").repeated(200) + QStringLiteral("\"\n");
-        QCOMPARE(exported(m_path, QStringLiteral("Texts")), line);
+        QCOMPARE(written(m_path, QStringLiteral("Texts")), line);
     }
 
     /// Memos and bytes of every length around the limits of the three forms: in the row, in a row of their
@@ -224,7 +218,7 @@ private slots:
             }
         }
         expected.sort();
-        QCOMPARE(sortedLines(exported(m_path, QStringLiteral("Memos"), inHex)), expected);
+        QCOMPARE(sortedLines(written(m_path, QStringLiteral("Memos"), inHex)), expected);
 
         // Every second one is taken away, the others change their size.
         std::vector<std::pair<RowId, int>> rows;
@@ -243,7 +237,7 @@ private slots:
             expected.append(line(rows[i].second, QStringLiteral("n"), size));
         }
         expected.sort();
-        QCOMPARE(sortedLines(exported(m_path, QStringLiteral("Memos"), inHex)), expected);
+        QCOMPARE(sortedLines(written(m_path, QStringLiteral("Memos"), inHex)), expected);
     }
 
     /// A table whose map takes a third page, since its pages lie before and behind a gap that takes no room
@@ -292,7 +286,7 @@ private slots:
             scope.commit();
         }
         expected.sort();
-        QCOMPARE(sortedLines(exported(m_path, QStringLiteral("Texts"))), expected);
+        QCOMPARE(sortedLines(written(m_path, QStringLiteral("Texts"))), expected);
         const std::vector<Finding> findings = check(*m_database, 3);
         QCOMPARE(findings.size(), std::size_t{1});
         QVERIFY2(findings.front().what.find("belong to nothing") != std::string::npos,
@@ -321,7 +315,7 @@ private slots:
             cells.append(QString::number(i - 100));
         }
         table.insert(row);
-        QCOMPARE(exported(m_path, QStringLiteral("Größe 1")),
+        QCOMPARE(written(m_path, QStringLiteral("Größe 1")),
                  cells.join(QLatin1Char(',')) + QLatin1Char('\n'));
     }
 
@@ -345,7 +339,7 @@ private slots:
             });
             QCOMPARE(error, static_cast<int>(ErrorNumber::FileTooLarge));
             QVERIFY(rows > 400);
-            QCOMPARE(exported(m_path, QStringLiteral("Texts")).count(QLatin1Char('\n')), rows);
+            QCOMPARE(written(m_path, QStringLiteral("Texts")).count(QLatin1Char('\n')), rows);
             Cursor first = table.scan();
             QVERIFY(first.next());
             table.erase(first.row().id());

@@ -5,6 +5,7 @@
 #include "data/jet/table_impl.h"
 #include "data/jet/tools/dump.h"
 #include "tests/jet/jet_support.h"
+#include "tests/support/rows.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -143,8 +144,7 @@ private slots:
 
     void rowsAreThoseExpected_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("table");
+        const Rows<QString, QString> row({"file", "table"});
         const QString folder = support::fixtures() + QLatin1String("/EXPECTED");
         for (const QString &name : QDir(folder).entryList({QStringLiteral("*.csv")})) {
             const qsizetype cut = name.indexOf(QLatin1String(".mdb.")) + 4;
@@ -225,19 +225,17 @@ private slots:
 
     void passwords_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<bool>("opens");
+        const Rows<QString, QString, bool> row({"file", "password", "opens"});
         const QString jet3 = QStringLiteral("testV1997-password.mdb");
         const QString jet4 = QStringLiteral("V2000_with-password.mdb");
-        QTest::newRow("right, Access 97") << jet3 << "qzrt5817" << true;
-        QTest::newRow("upper case") << jet3 << "QZRT5817" << false;
-        QTest::newRow("too short") << jet3 << "qzrt581" << false;
-        QTest::newRow("none, Access 97") << jet3 << "" << false;
-        QTest::newRow("too long for any file") << jet3 << QString(300, QLatin1Char('q')) << false;
-        QTest::newRow("right, Access 2000") << jet4 << "password" << true;
-        QTest::newRow("wrong, Access 2000") << jet4 << "Password" << false;
-        QTest::newRow("file without one") << QStringLiteral("testV1997.mdb") << "anything" << true;
+        row("right, Access 97", jet3, "qzrt5817", true);
+        row("upper case", jet3, "QZRT5817", false);
+        row("too short", jet3, "qzrt581", false);
+        row("none, Access 97", jet3, "", false);
+        row("too long for any file", jet3, QString(300, QLatin1Char('q')), false);
+        row("right, Access 2000", jet4, "password", true);
+        row("wrong, Access 2000", jet4, "Password", false);
+        row("file without one", "testV1997.mdb", "anything", true);
     }
 
     void passwords()

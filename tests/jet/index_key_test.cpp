@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include "data/jet/index_key.h"
+#include "tests/support/rows.h"
 
 #include <cstring>
 #include <limits>

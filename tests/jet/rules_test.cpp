@@ -3,6 +3,7 @@
 #include "data/jet/table_impl.h"
 #include "tests/jet/column_property.h"
 #include "tests/jet/jet_support.h"
+#include "tests/support/rows.h"
 
 #include <set>
 
@@ -60,19 +61,14 @@ private slots:
 
     void refusedRows_data()
     {
-        QTest::addColumn<int>("column");
-        QTest::addColumn<QString>("value"); ///< "null", or text
-        QTest::addColumn<int>("error");
-        const auto add = [](const char *name, int column, const char *value, ErrorNumber error) {
-            QTest::newRow(name) << column << value << static_cast<int>(error);
-        };
-        add("same key", 1, "A-2", ErrorNumber::DuplicateKey);
-        add("same key in other case, with blanks", 1, "a-2  ", ErrorNumber::DuplicateKey);
-        add("key without a value", 3, "null", ErrorNumber::RequiredField);
-        add("text too long", 1, "12345678901", ErrorNumber::FieldTooSmall);
-        add("number too large", 3, "32768", ErrorNumber::Overflow);
-        add("no number", 3, "twelve", ErrorNumber::TypeMismatch);
-        add("primary key twice", 0, "2", ErrorNumber::DuplicateKey);
+        const Rows<int, QString, int> row({"column", "value", "error"});
+        row("same key", 1, "A-2", ErrorNumber::DuplicateKey);
+        row("same key in other case, with blanks", 1, "a-2  ", ErrorNumber::DuplicateKey);
+        row("key without a value", 3, "null", ErrorNumber::RequiredField);
+        row("text too long", 1, "12345678901", ErrorNumber::FieldTooSmall);
+        row("number too large", 3, "32768", ErrorNumber::Overflow);
+        row("no number", 3, "twelve", ErrorNumber::TypeMismatch);
+        row("primary key twice", 0, "2", ErrorNumber::DuplicateKey);
     }
 
     void refusedRows()
@@ -137,16 +133,11 @@ private slots:
     /// Each change of a byte makes the table something that this program does not know how to keep right.
     void unknownTablesAreReadOnly_data()
     {
-        QTest::addColumn<QString>("what");
-        QTest::addColumn<QString>("sentence");
-        QTest::newRow("sort order") << "sort order"
-                                    << "sorted by an order";
-        QTest::newRow("index flags") << "index flags"
-                                     << "properties that this program does not know";
-        QTest::newRow("column type") << "column type"
-                                     << "of a type that this program does not know";
-        QTest::newRow("key of another row") << "key"
-                                            << "does not agree with its rows";
+        const Rows<QString, QString> row({"what", "sentence"});
+        row("sort order", "sort order", "sorted by an order");
+        row("index flags", "index flags", "properties that this program does not know");
+        row("column type", "column type", "of a type that this program does not know");
+        row("key of another row", "key", "does not agree with its rows");
     }
 
     void unknownTablesAreReadOnly()
@@ -181,19 +172,14 @@ private slots:
 
     void propertiesBindTheWriter_data()
     {
-        QTest::addColumn<QString>("property");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("text"); ///< put into Name; "null" for none
-        QTest::addColumn<int>("error");
+        const Rows<QString, QString, QString, int> row({"property", "value", "text", "error"});
         const int refused = static_cast<int>(ErrorNumber::RequiredField);
-        QTest::newRow("required, null") << "Required" << QString(QChar(1)) << "null" << refused;
-        QTest::newRow("required, text") << "Required" << QString(QChar(1)) << "x" << 0;
-        QTest::newRow("not required") << "Required" << QString(QChar(0)) << "null" << 0;
-        QTest::newRow("no empty text") << "AllowZeroLength" << QString(QChar(0)) << "" << refused;
-        QTest::newRow("empty text") << "AllowZeroLength" << QString(QChar(1)) << "" << 0;
-        QTest::newRow("rule") << "ValidationRule"
-                              << "> 5"
-                              << "x" << static_cast<int>(ErrorNumber::TableReadOnly);
+        row("required, null", "Required", QString(QChar(1)), "null", refused);
+        row("required, text", "Required", QString(QChar(1)), "x", 0);
+        row("not required", "Required", QString(QChar(0)), "null", 0);
+        row("no empty text", "AllowZeroLength", QString(QChar(0)), "", refused);
+        row("empty text", "AllowZeroLength", QString(QChar(1)), "", 0);
+        row("rule", "ValidationRule", "> 5", "x", static_cast<int>(ErrorNumber::TableReadOnly));
     }
 
     void propertiesBindTheWriter()
@@ -214,22 +200,14 @@ private slots:
 
     void defaults_data()
     {
-        QTest::addColumn<QString>("expression");
-        QTest::addColumn<QString>("value"); ///< in our text form; "?" when only Access knows
-        QTest::newRow("number") << "5"
-                                << "5";
-        QTest::newRow("with equals sign") << "= -2.5"
-                                          << "-2.5";
-        QTest::newRow("text") << "\"a \"\"b\"\"\""
-                              << "a \"b\"";
-        QTest::newRow("yes") << "Yes"
-                             << "-1";
-        QTest::newRow("date") << "#4/5/2005#"
-                              << "05/Apr/2005";
-        QTest::newRow("function") << "GenGUID()"
-                                  << "?";
-        QTest::newRow("two texts") << "\"a\" & \"b\""
-                                   << "?";
+        const Rows<QString, QString> row({"expression", "value"});
+        row("number", "5", "5");
+        row("with equals sign", "= -2.5", "-2.5");
+        row("text", "\"a \"\"b\"\"\"", "a \"b\"");
+        row("yes", "Yes", "-1");
+        row("date", "#4/5/2005#", "05/Apr/2005");
+        row("function", "GenGUID()", "?");
+        row("two texts", "\"a\" & \"b\"", "?");
     }
 
     void defaults()
@@ -338,9 +316,9 @@ private slots:
 
     void rangesAlongAnIndex_data()
     {
-        QTest::addColumn<bool>("ascending");
-        QTest::newRow("rising") << true;
-        QTest::newRow("falling") << false;
+        const Rows<bool> row({"ascending"});
+        row("rising", true);
+        row("falling", false);
     }
 
     void rangesAlongAnIndex()

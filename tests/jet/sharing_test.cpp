@@ -2,6 +2,7 @@
 
 #include "data/sql/engine.h"
 #include "tests/jet/jet_support.h"
+#include "tests/support/rows.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>
@@ -136,13 +137,11 @@ private slots:
 
     void inTheWay_data()
     {
-        QTest::addColumn<bool>("leftWrites");
-        QTest::addColumn<bool>("rightWrites");
-        QTest::addColumn<bool>("waits");
-        QTest::newRow("reader and reader") << false << false << false;
-        QTest::newRow("reader and writer") << false << true << true;
-        QTest::newRow("writer and reader") << true << false << true;
-        QTest::newRow("writer and writer") << true << true << true;
+        const Rows<bool, bool, bool> row({"leftWrites", "rightWrites", "waits"});
+        row("reader and reader", false, false, false);
+        row("reader and writer", false, true, true);
+        row("writer and reader", true, false, true);
+        row("writer and writer", true, true, true);
     }
     void inTheWay()
     {

@@ -1,6 +1,7 @@
 // jetcheck and jetdump, run as a support person runs them.
 
 #include "tests/jet/jet_support.h"
+#include "tests/support/rows.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -42,13 +43,9 @@ private slots:
 
     void runs_data()
     {
-        QTest::addColumn<QString>("arguments");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("output"); ///< all of it, or what lies between two stars
-        QTest::addColumn<QString>("errors");
-        const auto add = [](const char *arguments, int code, const char *output, const char *errors = "") {
-            QTest::newRow(arguments) << arguments << code << output << errors;
-        };
+        const Rows<QString, int, QString, QString> row({"arguments", "code", "output", "errors"});
+        const auto add = [&row](const char *arguments, int code, const char *output,
+                                const char *errors = "") { row(arguments, arguments, code, output, errors); };
         const char *usage = "*Usage: jetcheck [--password P] FILE...*";
         add("jetcheck --password secret sound.mdb", 0, "");
         add("jetcheck --password=secret sound.mdb -- --odd.mdb", 0, "");

@@ -2,6 +2,7 @@
 
 #include "data/jet/tools/dump.h"
 #include "tests/jet/jet_support.h"
+#include "tests/support/rows.h"
 
 #include <random>
 
@@ -107,11 +108,10 @@ private slots:
 
     void randomWalk_data()
     {
-        QTest::addColumn<unsigned>("seed");
-        QTest::addColumn<int>("deletes"); ///< of ten steps
-        QTest::newRow("growing") << 1U << 1;
-        QTest::newRow("steady") << 2U << 4;
-        QTest::newRow("shrinking") << 3U << 6;
+        const Rows<unsigned, int> row({"seed", "deletes"});
+        row("growing", 1U, 1);
+        row("steady", 2U, 4);
+        row("shrinking", 3U, 6);
     }
 
     void randomWalk()

@@ -2,7 +2,6 @@
 
 #include "common/errors.h"
 #include "data/column_value.h"
-#include "tests/support/rows.h"
 #include "tests/support/small_dealership.h"
 
 #include <QTest>

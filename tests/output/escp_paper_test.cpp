@@ -2,6 +2,7 @@
 
 #include "common/errors.h"
 #include "tests/output/visible_stream.h"
+#include "tests/support/rows.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -58,16 +59,12 @@ private slots:
 
 void EscpPaperTest::ordersStandWhereThePrinterSetsThem_data()
 {
-    QTest::addColumn<QByteArray>("stream");
-    QTest::addColumn<PaperAdvance>("advance");
-    QTest::addColumn<QByteArray>("positions");
-    QTest::addColumn<int>("wrapped");
-    QTest::newRow("carriage returns") << golden("rates") << kReturns << golden("rates.positions") << 0;
+    const Rows<QByteArray, PaperAdvance, QByteArray, int> row({"stream", "advance", "positions", "wrapped"});
+    row("carriage returns", golden("rates"), kReturns, golden("rates.positions"), 0);
     // Full lines: the printer starts each of them afresh, but a line lower.
-    QTest::newRow("80 columns, kept") << golden("rates") << kKeeps << golden("rates_kept.positions") << 3;
+    row("80 columns, kept", golden("rates"), kKeeps, golden("rates_kept.positions"), 3);
     // 56 columns: the next line goes on behind the last.
-    QTest::newRow("56 columns, kept")
-        << golden("no_rates") << kKeeps << golden("no_rates_kept.positions") << 2;
+    row("56 columns, kept", golden("no_rates"), kKeeps, golden("no_rates_kept.positions"), 2);
 }
 
 void EscpPaperTest::ordersStandWhereThePrinterSetsThem()
@@ -84,21 +81,17 @@ void EscpPaperTest::ordersStandWhereThePrinterSetsThem()
 
 void EscpPaperTest::codesMoveThePrintPosition_data()
 {
-    QTest::addColumn<QByteArray>("stream");
-    QTest::addColumn<QByteArray>("positions");
-    QTest::newRow("four widths") << QByteArray("A<0F>B<1B>W<01>C<12>D<1B>W<00>E")
-                                 << QByteArray("1 0 0 36 A|1 36 0 21 B|1 57 0 42 C|1 99 0 72 D|1 171 0 36 E");
-    QTest::newRow("set twice is set once")
-        << QByteArray("<0F><0F>A<12><12>B") << QByteArray("1 0 0 21 A|1 21 0 36 B");
-    QTest::newRow("double width outlives the line")
-        << QByteArray("<1B>W1A<0D><0A>B<1B>W0C") << QByteArray("1 0 0 72 A|1 0 60 72 B|1 72 60 36 C");
-    QTest::newRow("over-struck") << QByteArray("AB<0D>CD") << QByteArray("1 0 0 36 AB|1 0 0 36 CD");
-    QTest::newRow("cancelled line") << QByteArray("A<0D>BC<18>D") << QByteArray("1 0 0 36 A|1 0 0 36 D");
-    QTest::newRow("what is on paper stays")
-        << QByteArray("A<1B>J<12><18>B") << QByteArray("1 0 0 36 A|1 0 36 36 B");
-    QTest::newRow("blanks between") << QByteArray("  A  B  ") << QByteArray("1 72 0 36 A  B");
-    QTest::newRow("characters") << QByteArray("<80><D6><95>") << QByteArray("1 0 0 36 €Ö•");
-    QTest::newRow("line feed alone returns") << QByteArray("A<0A>B") << QByteArray("1 0 0 36 A|1 0 60 36 B");
+    const Rows<QByteArray, QByteArray> row({"stream", "positions"});
+    row("four widths", "A<0F>B<1B>W<01>C<12>D<1B>W<00>E",
+        "1 0 0 36 A|1 36 0 21 B|1 57 0 42 C|1 99 0 72 D|1 171 0 36 E");
+    row("set twice is set once", "<0F><0F>A<12><12>B", "1 0 0 21 A|1 21 0 36 B");
+    row("double width outlives the line", "<1B>W1A<0D><0A>B<1B>W0C", "1 0 0 72 A|1 0 60 72 B|1 72 60 36 C");
+    row("over-struck", "AB<0D>CD", "1 0 0 36 AB|1 0 0 36 CD");
+    row("cancelled line", "A<0D>BC<18>D", "1 0 0 36 A|1 0 0 36 D");
+    row("what is on paper stays", "A<1B>J<12><18>B", "1 0 0 36 A|1 0 36 36 B");
+    row("blanks between", "  A  B  ", "1 72 0 36 A  B");
+    row("characters", "<80><D6><95>", "1 0 0 36 €Ö•");
+    row("line feed alone returns", "A<0A>B", "1 0 0 36 A|1 0 60 36 B");
 }
 
 void EscpPaperTest::codesMoveThePrintPosition()
@@ -115,22 +108,17 @@ void EscpPaperTest::codesMoveThePrintPosition()
 
 void EscpPaperTest::codesOfOthersAreSkippedAndNamed_data()
 {
-    QTest::addColumn<QByteArray>("stream");
-    QTest::addColumn<QByteArray>("skipped");
-    QTest::newRow("control") << QByteArray("<07>A<07><01>B<7F>") << QByteArray("BEL 2, SOH 1, DEL 1");
-    QTest::newRow("no parameter") << QByteArray("<1B>@A<1B>EB") << QByteArray("ESC @ 1, ESC E 1");
-    QTest::newRow("parameters") << QByteArray("A<1B>!x<1B>$xx<1B>XxxxB")
-                                << QByteArray("ESC ! 1, ESC $ 1, ESC X 1");
-    QTest::newRow("lists") << QByteArray("A<1B>Dxyz<00>B") << QByteArray("ESC D 1");
-    QTest::newRow("dots") << QByteArray("A<1B>*<21><02><00>xxxxxx<1B>K<03><00>xxx<1B>(x<01><00>xB")
-                          << QByteArray("ESC * 1, ESC K 1, ESC ( 1");
-    QTest::newRow("not in any manual")
-        << QByteArray("A<1B><07><1B><C4>B") << QByteArray("ESC <07> 1, ESC <C4> 1");
-    QTest::newRow("senseless parameters")
-        << QByteArray("A<1B>W<07><1B>C<00><00>B") << QByteArray("ESC W 1, ESC C 1");
-    QTest::newRow("cut off") << QByteArray("AB<1B>J") << QByteArray("ESC J 1");
-    QTest::newRow("cut off in the dots") << QByteArray("AB<1B>K<FF><FF>x") << QByteArray("ESC K 1");
-    QTest::newRow("last byte") << QByteArray("AB<1B>") << QByteArray("ESC 1");
+    const Rows<QByteArray, QByteArray> row({"stream", "skipped"});
+    row("control", "<07>A<07><01>B<7F>", "BEL 2, SOH 1, DEL 1");
+    row("no parameter", "<1B>@A<1B>EB", "ESC @ 1, ESC E 1");
+    row("parameters", "A<1B>!x<1B>$xx<1B>XxxxB", "ESC ! 1, ESC $ 1, ESC X 1");
+    row("lists", "A<1B>Dxyz<00>B", "ESC D 1");
+    row("dots", "A<1B>*<21><02><00>xxxxxx<1B>K<03><00>xxx<1B>(x<01><00>xB", "ESC * 1, ESC K 1, ESC ( 1");
+    row("not in any manual", "A<1B><07><1B><C4>B", "ESC <07> 1, ESC <C4> 1");
+    row("senseless parameters", "A<1B>W<07><1B>C<00><00>B", "ESC W 1, ESC C 1");
+    row("cut off", "AB<1B>J", "ESC J 1");
+    row("cut off in the dots", "AB<1B>K<FF><FF>x", "ESC K 1");
+    row("last byte", "AB<1B>", "ESC 1");
 }
 
 void EscpPaperTest::codesOfOthersAreSkippedAndNamed()
@@ -144,23 +132,19 @@ void EscpPaperTest::codesOfOthersAreSkippedAndNamed()
 
 void EscpPaperTest::pages_data()
 {
-    QTest::addColumn<QByteArray>("stream");
-    QTest::addColumn<QByteArray>("positions");
-    QTest::addColumn<int>("pages");
+    const Rows<QByteArray, QByteArray, int> row({"stream", "positions", "pages"});
     const QByteArray twelve("<1B>C<00><0C>");
     const QByteArray tenInches = QByteArray("<1B>J<B4>").repeated(10);
-    QTest::newRow("nothing") << QByteArray("<1B>P<18>") << QByteArray() << 0;
-    QTest::newRow("form feed ends a page") << QByteArray("A<0C>") << QByteArray("1 0 A") << 1;
-    QTest::newRow("form feed between") << QByteArray("A<0C>B") << QByteArray("1 0 A,2 0 B") << 2;
-    QTest::newRow("empty page") << QByteArray("<0C><0C>A") << QByteArray("3 0 A") << 3;
+    row("nothing", "<1B>P<18>", "", 0);
+    row("form feed ends a page", "A<0C>", "1 0 A", 1);
+    row("form feed between", "A<0C>B", "1 0 A,2 0 B", 2);
+    row("empty page", "<0C><0C>A", "3 0 A", 3);
     // 3600 and five lines of 60 are 3900 of the 3960 of 11 inches; the sixth line is on the next page.
-    QTest::newRow("11 inches unless told")
-        << tenInches + QByteArray("<0A>").repeated(5) + "A<0A>B" << QByteArray("1 3900 A,2 0 B") << 2;
-    QTest::newRow("12 inches") << twelve + tenInches + QByteArray("<0A>").repeated(11) + "A<1B>J<2D>B"
-                               << QByteArray("1 4260 A,2 30 B") << 2;
-    QTest::newRow("length in lines") << QByteArray("<1B>C<02>A<0A>B<0A>C") << QByteArray("1 0 A,1 60 B,2 0 C")
-                                     << 2;
-    QTest::newRow("a new form begins") << "A<0A>" + twelve + "B" << QByteArray("1 0 A,2 0 B") << 2;
+    row("11 inches unless told", tenInches + QByteArray("<0A>").repeated(5) + "A<0A>B", "1 3900 A,2 0 B", 2);
+    row("12 inches", twelve + tenInches + QByteArray("<0A>").repeated(11) + "A<1B>J<2D>B", "1 4260 A,2 30 B",
+        2);
+    row("length in lines", "<1B>C<02>A<0A>B<0A>C", "1 0 A,1 60 B,2 0 C", 2);
+    row("a new form begins", "A<0A>" + twelve + "B", "1 0 A,2 0 B", 2);
 }
 
 void EscpPaperTest::pages()

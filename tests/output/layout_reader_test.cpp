@@ -1,4 +1,5 @@
 #include "output/layout_reader.h"
+#include "tests/support/rows.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -33,11 +34,7 @@ private:
 
 void LayoutReaderTest::mistakesAreNamedWithTheirLine_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QString>("complaint"); // line and reason
-    const auto row = [](const char *name, const QByteArray &text, const QString &complaint) {
-        QTest::newRow(name) << text << complaint;
-    };
+    const Rows<QByteArray, QString> row({"text", "complaint"});
     // Inside a report with one band; the element stands on line 3.
     const auto element = [&row](const char *name, const QByteArray &text, const QString &reason) {
         row(name, "<report>\n<detail height='5'>\n" + text + "\n</detail>\n</report>",
@@ -117,7 +114,7 @@ void LayoutReaderTest::whatIsNotSaidHasAMeaning()
 
 void LayoutReaderTest::textsOfOurLayoutsStandClearOfEachOther_data()
 {
-    QTest::addColumn<QString>("file");
+    const Rows<QString> row({"file"});
     for (const char *file : {"Stk_Ord.Rpt", "Stk_OrdR.Rpt"})
         QTest::newRow(file) << QStringLiteral(LAYOUT_FOLDER "/") + QLatin1String(file);
 }

@@ -3,6 +3,7 @@
 #include "common/errors.h"
 #include "tests/output/visible_stream.h"
 #include "tests/support/fake_shell.h"
+#include "tests/support/rows.h"
 #include "tests/support/scripted_dialogs.h"
 #include "tests/support/small_dealership.h"
 
@@ -96,15 +97,14 @@ void PrintOrderTest::statementsEndAsTheyAlwaysDid()
 
 void PrintOrderTest::linesAreCopiedInTheWantedOrder_data()
 {
-    QTest::addColumn<int>("order");
-    QTest::addColumn<QByteArray>("rows");
+    const Rows<int, QByteArray> row({"order", "rows"});
     const QByteArray a("25|05/Apr/2026|SUPPLIER|null||A-2|YAK|0.5|3|1.5");
     const QByteArray b("25|05/Apr/2026|SUPPLIER|null||B-1|ZEBRA|2|12.3456|24.6912");
     const QByteArray c("25|05/Apr/2026|SUPPLIER|null||C-3|ANT|1|null|null");
-    QTest::newRow("part number") << 1 << a + '\n' + b + '\n' + c;
-    QTest::newRow("part name") << 2 << c + '\n' + a + '\n' + b;
-    QTest::newRow("original") << 3 << b + '\n' + a + '\n' + c;
-    QTest::newRow("no entry") << 0 << b + '\n' + a + '\n' + c;
+    row("part number", 1, a + '\n' + b + '\n' + c);
+    row("part name", 2, c + '\n' + a + '\n' + b);
+    row("original", 3, b + '\n' + a + '\n' + c);
+    row("no entry", 0, b + '\n' + a + '\n' + c);
 }
 
 void PrintOrderTest::linesAreCopiedInTheWantedOrder()

@@ -1,4 +1,5 @@
 #include "tests/output/report_support.h"
+#include "tests/support/rows.h"
 
 #include <QTest>
 
@@ -43,21 +44,20 @@ private slots:
 
 void ReportTest::aPrintedOrder_data()
 {
-    QTest::addColumn<QByteArray>("layout");
-    QTest::addColumn<QString>("body");
-    QTest::newRow("rates") << QByteArray("Stk_OrdR")
-                           << u"Sl.No PartCode. Name of the Item Qty Rate Amount\n"
-                              "1 MK-1001/A BRAKE SHOE SET 12 12,34,567.50 1,48,14,810.00\n"
-                              "2 MK-1002 A VERY LONG ITEM NAME THAT CAN… 0.5 0.01 0.01\n"
-                              "3 MK-1003 CAFÉ ‘ÜBER’ – ½ € 1\n"
-                              "4 MK-1004 NEGATIVE -3 100.00 -300.00\n"
-                              "Total 1,48,14,510.01"_s;
-    QTest::newRow("no rates") << QByteArray("Stk_Ord")
-                              << u"Sl.No PartCode. Name of the Item Qty\n"
-                                 "1 MK-1001/A BRAKE SHOE SET 12\n"
-                                 "2 MK-1002 A VERY LONG ITEM NAME THAT CANNOT FIT INTO ITS COLUM… 0.5\n"
-                                 "3 MK-1003 CAFÉ ‘ÜBER’ – ½ € 1\n"
-                                 "4 MK-1004 NEGATIVE -3"_s;
+    const Rows<QByteArray, QString> row({"layout", "body"});
+    row("rates", "Stk_OrdR",
+        u"Sl.No PartCode. Name of the Item Qty Rate Amount\n"
+        "1 MK-1001/A BRAKE SHOE SET 12 12,34,567.50 1,48,14,810.00\n"
+        "2 MK-1002 A VERY LONG ITEM NAME THAT CAN… 0.5 0.01 0.01\n"
+        "3 MK-1003 CAFÉ ‘ÜBER’ – ½ € 1\n"
+        "4 MK-1004 NEGATIVE -3 100.00 -300.00\n"
+        "Total 1,48,14,510.01"_s);
+    row("no rates", "Stk_Ord",
+        u"Sl.No PartCode. Name of the Item Qty\n"
+        "1 MK-1001/A BRAKE SHOE SET 12\n"
+        "2 MK-1002 A VERY LONG ITEM NAME THAT CANNOT FIT INTO ITS COLUM… 0.5\n"
+        "3 MK-1003 CAFÉ ‘ÜBER’ – ½ € 1\n"
+        "4 MK-1004 NEGATIVE -3"_s);
 }
 
 void ReportTest::aPrintedOrder()
@@ -121,14 +121,13 @@ void ReportTest::anEmptyOrderIsOnePage()
 
 void ReportTest::formulasAreParsedAsGiven_data()
 {
-    QTest::addColumn<QByteArray>("company");
-    QTest::addColumn<QString>("printed");
-    QTest::newRow("plain") << QByteArray("VELK & <SONS>") << u"VELK & <SONS>"_s;
-    QTest::newRow("unbalanced quote") << QByteArray("O'BRIEN") << QString();
-    QTest::newRow("balanced, but ends early") << QByteArray("THE 'BEST' MOTORS") << QString();
-    QTest::newRow("doubled quote") << QByteArray("O''BRIEN") << u"O'BRIEN"_s;
-    QTest::newRow("double quote") << QByteArray("THE \"BEST\"") << u"THE \"BEST\""_s;
-    QTest::newRow("empty") << QByteArray("") << QString();
+    const Rows<QByteArray, QString> row({"company", "printed"});
+    row("plain", "VELK & <SONS>", "VELK & <SONS>");
+    row("unbalanced quote", "O'BRIEN", "");
+    row("balanced, but ends early", "THE 'BEST' MOTORS", "");
+    row("doubled quote", "O''BRIEN", "O'BRIEN");
+    row("double quote", "THE \"BEST\"", u"THE \"BEST\""_s);
+    row("empty", "", "");
 }
 
 void ReportTest::formulasAreParsedAsGiven()
@@ -154,12 +153,10 @@ void ReportTest::formulasAreClearedForTheNextReport()
 
 void ReportTest::destinations_data()
 {
-    QTest::addColumn<int>("code");
-    QTest::addColumn<int>("previews");
-    QTest::addColumn<int>("prints");
-    QTest::newRow("printer") << 1 << 0 << 1;
-    QTest::newRow("window") << 2 << 1 << 0;
-    QTest::newRow("neither") << 0 << 0 << 0;
+    const Rows<int, int, int> row({"code", "previews", "prints"});
+    row("printer", 1, 0, 1);
+    row("window", 2, 1, 0);
+    row("neither", 0, 0, 0);
 }
 
 void ReportTest::destinations()

@@ -1,6 +1,7 @@
 #include "output/text_printer.h"
 
 #include "tests/output/visible_stream.h"
+#include "tests/support/rows.h"
 #include "tests/support/small_dealership.h"
 
 #include <QTest>
@@ -125,11 +126,7 @@ void TextPrinterTest::aFieldThatCannotBeReadSkipsItsCell()
     TestDatabase(file, jet::Version::Jet3, {table})
         .row("StkOrd",
              {{"OrdNo", "25"}, {"SName", "SOUTHERN"}, {"ItemName", "BOLT"}, {"Qty", "3"}, {"Amount", "7.5"}});
-    data::Connection layouts;
-    layouts.setConnectionString("Provider=Microsoft.jet.oledb.3.51; Data Source=" + file +
-                                ";Jet OLEDB:Database Password=" + std::string(data::schema::kPassword));
-    layouts.open();
-    QVERIFY(TextPrinter(dealer.session, layouts).writeOrder());
+    QVERIFY(TextPrinter(dealer.session, data::openFile(file)).writeOrder());
     const QByteArrayList lines = visibleStream(fileBytes(dealer.folder() + "/server/dinn.txt")).split('\n');
     // The line end that the date's cell would have written is missing too.
     QCOMPARE(lines[7], QByteArray("<1B>W<01><0F>To,                      <0F>Ord.No. : 25        "
@@ -151,12 +148,9 @@ void TextPrinterTest::anUnreachableServerIsSkipped()
 
 void TextPrinterTest::titleVariants_data()
 {
-    QTest::addColumn<QByteArray>("third");
-    QTest::addColumn<QByteArray>("title");
-    QTest::addColumn<QByteArray>("file");
-    QTest::newRow("third text") << QByteArray("DUPLICATE") << QByteArray("Order Form")
-                                << QByteArray("title_third");
-    QTest::newRow("no title") << QByteArray() << QByteArray() << QByteArray("title_none");
+    const Rows<QByteArray, QByteArray, QByteArray> row({"third", "title", "file"});
+    row("third text", "DUPLICATE", "Order Form", "title_third");
+    row("no title", "", "", "title_none");
 }
 
 void TextPrinterTest::titleVariants()

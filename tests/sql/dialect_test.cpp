@@ -2,6 +2,7 @@
 #include "common/errors.h"
 #include "data/sql/parser.h"
 #include "data/sql/rewrite.h"
+#include "tests/support/rows.h"
 
 #include <QtTest>
 
@@ -83,17 +84,12 @@ private slots:
 
 void DialectTest::refusals_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<int>("number");
-    QTest::addColumn<int>("character"); // 0: the sentence names a table or field instead
+    const Rows<QByteArray, int, int> row({"text", "number", "character"});
 
     const int statement = int(ErrorNumber::StatementNotUnderstood);
     const int table = int(ErrorNumber::TableNotFound);
     const int field = int(ErrorNumber::FieldNotFound);
     const int type = int(ErrorNumber::TypeMismatch);
-    const auto row = [](const char *name, const char *text, int number, int character) {
-        QTest::newRow(name) << QByteArray(text) << number << character;
-    };
     row("empty", "", statement, 1);
     row("two statements", "Select * from Items; Delete * from Items", statement, 20);
     row("union", "Select * from Items union Select * from Items", statement, 21);
@@ -180,7 +176,7 @@ void DialectTest::refusals()
 
 void DialectTest::accepted_data()
 {
-    QTest::addColumn<QByteArray>("text");
+    const Rows<QByteArray> row({"text"});
     for (const char *text : {
              "select*from items",
              "  Select\t*\r\nfrom Items ; ",
@@ -204,12 +200,8 @@ void DialectTest::accepted()
 
 void DialectTest::rewriting_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("expected"); // what stands behind FROM
+    const Rows<QByteArray, QByteArray> row({"text", "expected"});
 
-    const auto row = [](const char *name, const char *text, const char *expected) {
-        QTest::newRow(name) << QByteArray(text) << QByteArray(expected);
-    };
     row("decimals are ordered as numbers", "Select * from Items order by Weight",
         "t1 AS s0 ORDER BY jet_number(s0.c4), s0.rowid");
     row("conditions make it an inner join",

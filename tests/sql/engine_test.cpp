@@ -4,6 +4,7 @@
 
 #include "common/errors.h"
 #include "tests/sql/database_fixture.h"
+#include "tests/support/rows.h"
 
 using jet::ColumnType;
 

@@ -3,6 +3,7 @@
 
 #include "common/errors.h"
 #include "tests/sql/database_fixture.h"
+#include "tests/support/rows.h"
 
 using jet::ColumnType;
 
@@ -153,12 +154,7 @@ void StatementsTest::initTestCase()
 
 void StatementsTest::selects_data()
 {
-    QTest::addColumn<QByteArray>("statement");
-    QTest::addColumn<QStringList>("expected");
-
-    const auto row = [](const char *name, const QByteArray &statement, QStringList expected) {
-        QTest::newRow(name) << statement << std::move(expected);
-    };
+    const Rows<QByteArray, QStringList> row({"statement", "expected"});
     row("last user", "Select * from Users ", lines({"7"}));
     row("remembered user", "Select * from Pass Where SaveUser = 1 and Uid = 7", lines({"7|Meera|secret|1"}));
     row("login", "Select * from Pass Where UName = 'mEERA'", lines({"7|Meera|secret|1"}));
@@ -176,7 +172,7 @@ void StatementsTest::selects_data()
         lines({"25|1|3|2.5|20.25", "25|2|1|4|0", "25|2|4|5|5", "25|3|2|1|10"}));
     row("item of a line", "Select * from Mast_Items where ItemCode = 3  and Higher >=  1",
         lines({"3|ab-30|Chain|1|99.5|R1"}));
-    row("item left out", "Select * from Mast_Items where ItemCode = 5  and Higher >=  1", {});
+    row("item left out", "Select * from Mast_Items where ItemCode = 5  and Higher >=  1", QStringList());
     row("stock of the main store",
         "Select sum(ITQty)-Sum(OTQty) as Qt from Stock_Stock where ItemCode = 1 and StkPoint = 0",
         lines({"3.5"}));
@@ -334,11 +330,7 @@ void StatementsTest::updatable()
 
 void StatementsTest::failing_data()
 {
-    QTest::addColumn<QByteArray>("statement");
-    QTest::addColumn<int>("number");
-    const auto row = [](const char *name, const char *statement, ErrorNumber number) {
-        QTest::newRow(name) << QByteArray(statement) << int(number);
-    };
+    const Rows<QByteArray, int> row({"statement", "number"});
     row("no date", "Select * from Stock_Stock where StkDate > CDate('31/Feb/2005')",
         ErrorNumber::TypeMismatch);
     row("no date in a field", "Select CDate(PartCode) from Mast_Items", ErrorNumber::TypeMismatch);

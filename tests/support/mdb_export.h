@@ -19,7 +19,7 @@ inline QByteArray exported(const std::string &file, const char *table, const QSt
     QProcess process;
     process.start(QStringLiteral("mdb-export"),
                   QStringList{QStringLiteral("-H")} + options +
-                      QStringList{QString::fromStdString(file), QString::fromLatin1(table)});
+                      QStringList{QString::fromStdString(file), QString::fromUtf8(table)});
     if (!process.waitForFinished(60'000) || process.exitCode() != 0)
         QTest::qFail("mdb-export failed: " + process.readAllStandardError(), __FILE__, __LINE__);
     return process.readAllStandardOutput();
