@@ -5,6 +5,7 @@
 #include "common/ui/qt_shell.h"
 #include "common/ui/style.h"
 #include "tests/support/in_modal.h"
+#include "tests/support/rows.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -43,12 +44,11 @@ private:
 
 void BoxesTest::questionIsAnsweredByKeys_data()
 {
-    QTest::addColumn<int>("key");
-    QTest::addColumn<bool>("answer");
-    QTest::newRow("Y") << int(Qt::Key_Y) << true;
-    QTest::newRow("N") << int(Qt::Key_N) << false;
-    QTest::newRow("Enter is Yes") << int(Qt::Key_Return) << true;
-    QTest::newRow("Escape is No") << int(Qt::Key_Escape) << false;
+    const Rows<int, bool> row({"key", "answer"});
+    row("Y", int(Qt::Key_Y), true);
+    row("N", int(Qt::Key_N), false);
+    row("Enter is Yes", int(Qt::Key_Return), true);
+    row("Escape is No", int(Qt::Key_Escape), false);
 }
 
 void BoxesTest::questionIsAnsweredByKeys()

@@ -3,6 +3,7 @@
 
 #include "common/ui/grid_view.h"
 #include "forms/frm_Srh_Spares/frm_Srh_Spares.h"
+#include "tests/support/rows.h"
 
 #include <QAbstractButton>
 #include <QColor>
@@ -88,8 +89,7 @@ void frmOrdGridTest::keysMoveTheEditor()
         moves << Move{{2, 1}, on, {2, 2}} << Move{{2, 2}, on, {2, 9}} << Move{{1, 9}, on, {1, 10}}
               << Move{{2, 10}, on, {4, 1}};
     }
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     for (const Move &move : moves) {
         desk.enter(move.from.first, move.from.second);
@@ -109,8 +109,7 @@ void frmOrdGridTest::keysMoveTheEditor()
 
 void frmOrdGridTest::theEditorLiesOverEditableCellsOnly()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     auto *editor = desk.control<QLineEdit>("txtItem");
     for (int column = 0; column < kColumns; ++column) {
@@ -129,8 +128,7 @@ void frmOrdGridTest::theEditorLiesOverEditableCellsOnly()
 
 void frmOrdGridTest::typingGoesIntoTheCellAtOnce()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.enter(1, kColQty);
     desk.type("1");
@@ -151,8 +149,7 @@ void frmOrdGridTest::typingGoesIntoTheCellAtOnce()
 
 void frmOrdGridTest::escapeGivesTheOldTextBack()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.enter(1, kColQty);
     desk.type("77");
@@ -163,8 +160,7 @@ void frmOrdGridTest::escapeGivesTheOldTextBack()
 
 void frmOrdGridTest::aLetterInTheNameSearchesAPart()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.control("txtMQ")->setProperty("text", QStringLiteral("2"));
     desk.control<ui::ComboBox>("cmbMonth")->click(5);
     desk.enter(1, kColPartName);
@@ -185,8 +181,7 @@ void frmOrdGridTest::aLetterInTheNameSearchesAPart()
 
 void frmOrdGridTest::anItemAlreadyListedIsFound()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.enter(4, kColPartName);
     inModal<frm_Srh_Spares>([&] { desk.press(Qt::Key_S); },
@@ -206,8 +201,7 @@ void frmOrdGridTest::anItemAlreadyListedIsFound()
 
 void frmOrdGridTest::whatIsNotTakenLeavesTheRow()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.enter(1, kColPartName);
     enterPart(desk, Qt::Key_O, false); // the analysis is refused
     QCOMPARE(desk.dialogs.takeShown().size(), 1);
@@ -231,8 +225,7 @@ void frmOrdGridTest::otherKeysDoNotSearch()
     const Press presses[] = {{kColPartName, Qt::Key_5, {}},  {kColPartName, Qt::Key_5, Qt::KeypadModifier},
                              {kColPartName, Qt::Key_F5, {}}, {kColPartName, Qt::Key_C, Qt::ControlModifier},
                              {kColPartNo, Qt::Key_C, {}},    {kColQty, Qt::Key_C, {}}};
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     for (const Press &press : presses) {
         desk.enter(1, press.column);
         bool searched = false;
@@ -260,8 +253,7 @@ void frmOrdGridTest::theMinimumOrderQuantityWarns()
     const Case cases[] = {{{1, kColQty}, "4", true},  {{1, kColQty}, "5", false},
                           {{1, kColQty}, "6", false}, {{1, kColQty}, "x", true},
                           {{4, kColQty}, "0", false}, {{2, kColPartName}, "", false}};
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     for (const Case &given : cases) {
         const auto [row, column] = given.from;
@@ -281,8 +273,7 @@ void frmOrdGridTest::theMinimumOrderQuantityWarns()
 
 void frmOrdGridTest::behindTheRateANewRowBegins()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.enter(1, kColPartName);
     enterPart(desk, Qt::Key_O);
     QCOMPARE(desk.row(1).section(QLatin1Char('|'), 1, 2), QStringLiteral("FLT-9|OIL FILTER"));
@@ -295,8 +286,7 @@ void frmOrdGridTest::behindTheRateANewRowBegins()
 
 void frmOrdGridTest::aBlankRowCostsTheLast()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.enter(1, kColPartNo);
     desk.press(Qt::Key_Backspace);
@@ -310,19 +300,12 @@ void frmOrdGridTest::aBlankRowCostsTheLast()
 
 void frmOrdGridTest::linesAreRemovedAndPutBack_data()
 {
-    QTest::addColumn<QByteArray>("order");
-    QTest::addColumn<int>("row");
-    QTest::addColumn<QString>("left");   // numbers and parts behind it
-    QTest::addColumn<QString>("result"); // what is told
+    const Rows<QByteArray, int, QString, QString> row({"order", "row", "left", "result"});
     const QString back = QStringLiteral(". Ctrl+Shift+Delete puts it back.");
-    QTest::newRow("first") << QByteArray("41") << 1 << QStringLiteral("2 BRK-20/3 GSK-7/ ")
-                           << QStringLiteral("Line 1 removed: CLT-100") + back;
-    QTest::newRow("middle") << QByteArray("41") << 2 << QStringLiteral("1 CLT-100/3 GSK-7/ ")
-                            << QStringLiteral("Line 2 removed: BRK-20") + back;
-    QTest::newRow("entry row") << QByteArray("41") << 4 << QStringLiteral("1 CLT-100/2 BRK-20/3 GSK-7/4 ")
-                               << QString();
-    QTest::newRow("the only one") << QByteArray("40") << 1 << QStringLiteral(" ")
-                                  << QStringLiteral("Line 1 removed: CLT-100") + back;
+    row("first", "41", 1, "2 BRK-20/3 GSK-7/ ", QStringLiteral("Line 1 removed: CLT-100") + back);
+    row("middle", "41", 2, "1 CLT-100/3 GSK-7/ ", QStringLiteral("Line 2 removed: BRK-20") + back);
+    row("entry row", "41", 4, "1 CLT-100/2 BRK-20/3 GSK-7/4 ", "");
+    row("the only one", "40", 1, " ", QStringLiteral("Line 1 removed: CLT-100") + back);
 }
 
 void frmOrdGridTest::linesAreRemovedAndPutBack()
@@ -330,8 +313,7 @@ void frmOrdGridTest::linesAreRemovedAndPutBack()
     QFETCH(const QByteArray, order);
     QFETCH(const int, row);
     QFETCH(const QString, result);
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load(order.constData());
     const auto parts = [&] {
         QStringList rows;
@@ -361,8 +343,7 @@ void frmOrdGridTest::linesAreRemovedAndPutBack()
 
 void frmOrdGridTest::theMenuComesUpAtThePointer()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     auto *grid = desk.control<ui::GridView>("fgList");
     // On a cell without the editor, and on the editor itself, which lies over its cell.
@@ -392,8 +373,7 @@ void frmOrdGridTest::theMenuComesUpAtThePointer()
 
 void frmOrdGridTest::aClickNumbersTheRow()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.enter(1, kColPartNo);
     desk.press(Qt::Key_Delete, Qt::ControlModifier); // leaves the numbers 2 and 3
@@ -407,8 +387,7 @@ void frmOrdGridTest::aClickNumbersTheRow()
 
 void frmOrdGridTest::scrollingHidesTheEditor()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.form->resize(700, 740);
     QCoreApplication::processEvents();
@@ -428,8 +407,7 @@ void frmOrdGridTest::scrollingHidesTheEditor()
 
 void frmOrdGridTest::theTotalFollowsWithTheTimer()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     QTRY_COMPARE(desk.text("lblNetTotal"), QStringLiteral("2568.00"));
     desk.enter(2, kColPartNo);
@@ -446,8 +424,7 @@ void frmOrdGridTest::cellsAreColoured()
     const QColor grey(0xE0, 0xE0, 0xE0);
     const QColor orange(0xFF, 0xE0, 0xC0);
     const QColor red(0xFF, 0xC0, 0xC0);
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     const auto colours = [&](int row) {
         QList<QColor> all;
         for (const int column : {kColAverage, kColPresent, kColMinimum, kColRate, kColAmount})
@@ -465,8 +442,7 @@ void frmOrdGridTest::cellsAreColoured()
 
 void frmOrdGridTest::typingOnTheGridReachesTheCell()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.enter(1, kColQty);
     desk.control("fgList")->setFocus();

@@ -1,14 +1,13 @@
 // A new order from the first key to the printer file, with the keyboard alone; and fills that give nothing.
 #include "tests/forms/order_desk.h"
 #include "tests/output/visible_stream.h"
+#include "tests/support/mdb_export.h"
 
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
 #include "forms/paper_preview/paper_preview.h"
 
 #include <QAbstractButton>
 #include <QPointer>
-#include <QProcess>
-#include <QStandardPaths>
 
 using orders::kColQty;
 
@@ -25,16 +24,6 @@ private slots:
 };
 
 namespace {
-
-/// A table as another program reads it from the file.
-QByteArray exported(const std::string &file, const char *table)
-{
-    QProcess process;
-    process.start(QStringLiteral("mdb-export"), {QStringLiteral("-T"), QStringLiteral("%Y-%m-%d"),
-                                                 QString::fromStdString(file), QLatin1String(table)});
-    process.waitForFinished();
-    return process.readAllStandardOutput();
-}
 
 PaperPreview *shownPaper()
 {
@@ -64,8 +53,7 @@ void chooseSupplier(const OrderDesk &desk)
 
 void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     QCOMPARE(desk.text("txtOrdNo"), QStringLiteral("42"));
     QCOMPARE(desk.focus(), QStringLiteral("dtpOrdDate"));
 
@@ -138,10 +126,11 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
 
     desk.form.reset();
     QVERIFY(!paper);
-    if (QStandardPaths::findExecutable(QStringLiteral("mdb-export")).isEmpty())
+    if (!canExport())
         QSKIP("mdb-export is not installed: 2 comparisons left out");
     const std::string file = desk.dealer.folder() + "/server/DataBas/Y26.mdb";
-    const QByteArray headers = exported(file, "Stock_Ord");
+    const QByteArray headers =
+        exported(file, "Stock_Ord", {QStringLiteral("-T"), QStringLiteral("%Y-%m-%d")});
     QVERIFY2(headers.contains("\n42,\"2026-06-15\",\"SOUTHERN SPARES\",\"MADURAI\",2,6,510,2\n"), headers);
     QByteArrayList lines;
     for (const QByteArray &line : exported(file, "Stock_OrdSub").split('\n')) {
@@ -155,8 +144,7 @@ void frmOrdJobTest::aNewOrderIsProposedCorrectedSavedAndPrinted()
 
 void frmOrdJobTest::thePanelExplainsTheLineAndTheMissingPart()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.control<ui::ComboBox>("cmbMonth")->click(5);
     desk.control("txtMQ")->setProperty("text", QStringLiteral("2"));
     desk.dialogs.answers << true;
@@ -196,8 +184,7 @@ void frmOrdJobTest::thePanelExplainsTheLineAndTheMissingPart()
 
 void frmOrdJobTest::aRefusedFillEmptiesTheGrid()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.dialogs.answers << false;
     desk.control<QAbstractButton>("cmdView")->click();
@@ -210,8 +197,7 @@ void frmOrdJobTest::aRefusedFillEmptiesTheGrid()
 
 void frmOrdJobTest::nothingToProposeLeavesAnEmptyRow()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.control("dtpOrdDate")->setProperty("date", QDate(2024, 1, 1));
     desk.control<ui::ComboBox>("cmbMonth")->click(0);
     desk.dialogs.answers << true;
@@ -224,8 +210,7 @@ void frmOrdJobTest::nothingToProposeLeavesAnEmptyRow()
 
 void frmOrdJobTest::anErrorInTheFillLeavesTheButtonDisabled()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.connections.conLayouts.close();
     desk.connections.conMain.close();
     desk.dialogs.answers << true;

@@ -32,8 +32,7 @@ private slots:
 
 void frmOrdLayoutTest::everyPartKeepsItsPlaceAtEverySize()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     int gridHeight = 0;
     for (const QSize size : {QSize(1000, 640), QSize(1280, 740), QSize(1920, 1010)}) {
         desk.form->resize(size);
@@ -69,8 +68,7 @@ void frmOrdLayoutTest::everyPartKeepsItsPlaceAtEverySize()
 
 void frmOrdLayoutTest::thePanelLeavesEveryColumnInSight()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     const auto *lines = desk.control<ui::GridView>("fgList");
     const auto *steps = desk.control<ui::GridView>("fgWhy");
@@ -100,8 +98,7 @@ void frmOrdLayoutTest::thePanelLeavesEveryColumnInSight()
 
 void frmOrdLayoutTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     QSet<QChar> mnemonics;
     for (QWidget *widget : desk.form->findChildren<QWidget *>()) {
         const QString caption = widget->property("text").toString();
@@ -126,8 +123,7 @@ void frmOrdLayoutTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()
 
 void frmOrdLayoutTest::tabGoesInTheOrderOfWork()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.press(Qt::Key_F3);
     QStringList order(desk.focus());
     for (int step = 0; step < 40 && (order.size() == 1 || desk.focus() != order.first()); ++step) {

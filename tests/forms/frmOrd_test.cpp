@@ -1,5 +1,6 @@
 // The order form's modes, fields, messages, saving and loading.
 #include "tests/forms/order_desk.h"
+#include "tests/support/rows.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -38,8 +39,7 @@ private slots:
 
 void frmOrdTest::newModeAssignsTheNumberAndTheDate()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     QCOMPARE(desk.form->windowTitle(), QStringLiteral(" Spares Order Form"));
     QCOMPARE(desk.text("lblName"), QStringLiteral("New Spares Order Form"));
     QCOMPARE(desk.text("txtOrdNo"), QStringLiteral("42"));
@@ -66,8 +66,7 @@ void frmOrdTest::modeKeysWorkFromEveryControl()
     const std::pair<Qt::Key, const char *> modes[] = {{Qt::Key_F3, "Modify Spares Order Form"},
                                                       {Qt::Key_F4, "Delete Spares Order Form"},
                                                       {Qt::Key_F2, "New Spares Order Form"}};
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     for (const char *name :
          {"dtpOrdDate", "txtSName", "txtPlace", "cmdSup", "cmbType", "cmbMonth", "dtpAvgFrom", "txtMQ",
           "cmdView", "fgList", "txtItem", "cmbOrder", "chkRat", "CmdSave", "cmdImp", "cmdExit"}) {
@@ -89,8 +88,7 @@ void frmOrdTest::modeKeysWorkFromEveryControl()
 
 void frmOrdTest::aModeSwitchDropsWhatWasEntered()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     QCOMPARE(desk.lines()->rowCount(), 4);
     desk.press(Qt::Key_F2);
@@ -107,13 +105,11 @@ void frmOrdTest::aModeSwitchDropsWhatWasEntered()
 
 void frmOrdTest::refusedModesEndTheProgram_data()
 {
-    QTest::addColumn<int>("opt");
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<QString>("message");
-    QTest::newRow("new") << 1 << Qt::Key_F2 << QStringLiteral("You donot have the Permission to Add");
-    QTest::newRow("modify") << 2 << Qt::Key_F3 << QStringLiteral("You donot have the Permission to Modify");
-    QTest::newRow("delete") << 3 << Qt::Key_F4 << QStringLiteral("You donot have the Permission to Delete");
-    QTest::newRow("permitted") << 0 << Qt::Key_F4 << QString();
+    const Rows<int, Qt::Key, QString> row({"opt", "key", "message"});
+    row("new", 1, Qt::Key_F2, "You donot have the Permission to Add");
+    row("modify", 2, Qt::Key_F3, "You donot have the Permission to Modify");
+    row("delete", 3, Qt::Key_F4, "You donot have the Permission to Delete");
+    row("permitted", 0, Qt::Key_F4, "");
 }
 
 void frmOrdTest::refusedModesEndTheProgram()
@@ -144,8 +140,7 @@ void frmOrdTest::refusedModesEndTheProgram()
 
 void frmOrdTest::typedTextIsFiltered()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.press(Qt::Key_F3);
     const std::array<const char *, 3> cases[] = {{"txtOrdNo", "4x1.-a", "41-"},
                                                  {"txtMQ", "1.5 m", "15"},
@@ -170,8 +165,7 @@ void frmOrdTest::monthsMoveTheFromDate()
                           {QDate(2026, 3, 31), 0, "28/Feb/2026"},
                           {QDate(2024, 3, 31), 0, "29/Feb/2024"},
                           {QDate(2026, 6, 15), 11, "15/Jun/2025"}};
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     for (const Case &given : cases) {
         const QString before = desk.text("dtpAvgFrom");
         desk.control("dtpOrdDate")->setProperty("date", given.ordered);
@@ -183,8 +177,7 @@ void frmOrdTest::monthsMoveTheFromDate()
 
 void frmOrdTest::onlyShowingTheFormSetsTheMonth()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     auto *months = desk.control<ui::ComboBox>("cmbMonth");
     months->click(5);
     QEvent away(QEvent::WindowDeactivate);
@@ -211,8 +204,7 @@ void frmOrdTest::saveAsksForWhatIsMissing()
                           {"41", "0", "Enter Order No.", nullptr},
                           {"40", "40", "Select Supplier Name", "cmdSup"},
                           {"39", "39", "Enter Spares Details", "txtItem"}};
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     const QByteArray headers = desk.storedHeaders();
     for (const Case &given : cases) {
         desk.load(given.order);
@@ -230,8 +222,7 @@ void frmOrdTest::saveAsksForWhatIsMissing()
 
 void frmOrdTest::loadingShowsHeaderAndRenumberedLines()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     QVERIFY(desk.dialogs.shown.isEmpty());
     QCOMPARE(desk.text("dtpOrdDate"), QStringLiteral("31/May/2026"));
@@ -252,8 +243,7 @@ void frmOrdTest::loadingShowsHeaderAndRenumberedLines()
 
 void frmOrdTest::anOrderWithoutLedgerSupplierMustBeGivenOne()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.load("40");
     QCOMPARE(desk.text("txtSName"), QStringLiteral("NOBODY IN PARTICULAR"));
@@ -272,25 +262,20 @@ void frmOrdTest::anOrderWithoutLedgerSupplierMustBeGivenOne()
 
 void frmOrdTest::numbersThatLoadNothing_data()
 {
-    QTest::addColumn<QByteArray>("number");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("supplier"); // what stays in the box
-    QTest::newRow("empty") << QByteArray() << "Enter Order Number"
-                           << "SOUTHERN SPARES";
-    QTest::newRow("zero") << QByteArray("0") << "Enter Order Number"
-                          << "SOUTHERN SPARES";
-    QTest::newRow("negative") << QByteArray("-5") << "No Records" << QString();
-    QTest::newRow("unknown") << QByteArray("777") << "No Records" << QString();
-    QTest::newRow("beyond 16 bits") << QByteArray("99999") << "No Records" << QString();
-    QTest::newRow("header without lines") << QByteArray("39") << "No Records" << QString();
+    const Rows<QByteArray, QString, QString> row({"number", "message", "supplier"});
+    row("empty", "", "Enter Order Number", "SOUTHERN SPARES");
+    row("zero", "0", "Enter Order Number", "SOUTHERN SPARES");
+    row("negative", "-5", "No Records", "");
+    row("unknown", "777", "No Records", "");
+    row("beyond 16 bits", "99999", "No Records", "");
+    row("header without lines", "39", "No Records", "");
 }
 
 void frmOrdTest::numbersThatLoadNothing()
 {
     QFETCH(const QByteArray, number);
     QFETCH(const QString, message);
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     auto *box = desk.control("txtOrdNo");
     box->setFocus();
@@ -306,8 +291,7 @@ void frmOrdTest::numbersThatLoadNothing()
 
 void frmOrdTest::newModeLoadsTheHeaderOnly()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     // The box is disabled in New mode; the procedure alone gets here.
     auto *box = desk.control<ui::TextBox>("txtOrdNo");
     box->setText(QStringLiteral("41"));
@@ -319,8 +303,7 @@ void frmOrdTest::newModeLoadsTheHeaderOnly()
 
 void frmOrdTest::modifyRewritesTheStoredOrder()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.enter(2, orders::kColQty);
     desk.type("0");
@@ -339,8 +322,7 @@ void frmOrdTest::modifyRewritesTheStoredOrder()
 
 void frmOrdTest::deleteModeSavesNothingAndStillPrints()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.press(Qt::Key_F4);
     desk.type("41");
     desk.press(Qt::Key_Return);
@@ -361,8 +343,7 @@ void frmOrdTest::deleteModeSavesNothingAndStillPrints()
 void frmOrdTest::leavingRemovesTheDataSources()
 {
     for (const bool byButton : {true, false}) {
-        OrderDesk desk;
-        desk.open();
+        OpenDesk desk;
         data::Make_Dsn("VELK_OTH_Y25", desk.dealer.session.ServerPath + "\\Databas\\Y25.mdb", desk.dialogs);
         QVERIFY(data::dataSourceFile("VELK_OTH_Y26"));
         if (byButton)
@@ -379,8 +360,7 @@ void frmOrdTest::leavingRemovesTheDataSources()
 
 void frmOrdTest::anUnopenedYearShowsAnErrorAtEveryAction()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.connections.conYear.close();
     desk.press(Qt::Key_F2);
     desk.press(Qt::Key_F3);
@@ -393,8 +373,7 @@ void frmOrdTest::anUnopenedYearShowsAnErrorAtEveryAction()
 
 void frmOrdTest::aFailedSaveSaysWhatIsStored()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.load("41");
     desk.connections.conYear.close();
     desk.control<QAbstractButton>("CmdSave")->click();
@@ -405,8 +384,7 @@ void frmOrdTest::aFailedSaveSaysWhatIsStored()
 
 void frmOrdTest::closingIsRefusedWhileTheFillRuns()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     QString answer;
     Qt::CursorShape pointer = Qt::ArrowCursor;
     desk.clock.duringPause = [&] {
@@ -425,8 +403,7 @@ void frmOrdTest::closingIsRefusedWhileTheFillRuns()
 
 void frmOrdTest::aPauseOverMidnightIsLeftByClosing()
 {
-    OrderDesk desk;
-    desk.open();
+    OpenDesk desk;
     desk.clock.setNow(Date::fromSerial(Date::fromYmd(2026, 6, 15).serial() + 0.999999));
     desk.clock.endsWith = &desk.shell;
     int pauses = 0;

@@ -4,6 +4,7 @@
 #include "data/data_sources.h"
 #include "forms/frmPass/frmPass.h"
 #include "tests/forms/workstation.h"
+#include "tests/support/rows.h"
 
 #include <QPushButton>
 #include <QTest>
@@ -80,12 +81,11 @@ void FrmPassTest::enter(const QString &user, const QString &password)
 
 void FrmPassTest::rememberedUserIsFilledIn_data()
 {
-    QTest::addColumn<int>("lastUser");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("remembered") << 2 << u"Ravi"_s;
-    QTest::newRow("does not want it") << 1 << u""_s;
-    QTest::newRow("is gone") << 9 << u""_s;
-    QTest::newRow("nobody yet") << 0 << u""_s;
+    const Rows<int, QString> row({"lastUser", "expected"});
+    row("remembered", 2, "Ravi");
+    row("does not want it", 1, "");
+    row("is gone", 9, "");
+    row("nobody yet", 0, "");
 }
 
 void FrmPassTest::rememberedUserIsFilledIn()
@@ -101,20 +101,17 @@ void FrmPassTest::rememberedUserIsFilledIn()
 
 void FrmPassTest::okAnswersInOrder_data()
 {
-    QTest::addColumn<QString>("user");
-    QTest::addColumn<QString>("password");
-    QTest::addColumn<QStringList>("messages");
-    QTest::addColumn<bool>("loggedIn");
-    QTest::newRow("both empty") << u""_s << u""_s << QStringList{u" Please Enter User Name"_s} << false;
-    QTest::newRow("no password") << u"ravi"_s << u""_s << QStringList{u" Please Enter Password"_s} << false;
-    QTest::newRow("blanks are a name") << u"  "_s << u"x"_s << QStringList{u"Wrong User Name"_s} << false;
-    QTest::newRow("unknown") << u"nobody"_s << u"x"_s << QStringList{u"Wrong User Name"_s} << false;
-    QTest::newRow("wrong password") << u"ravi"_s << u"Stock"_s << QStringList{u"Wrong Pass Word"_s} << false;
-    QTest::newRow("null password") << u"noword"_s << u"x"_s << QStringList{u"Wrong Pass Word"_s} << false;
-    QTest::newRow("name in other case") << u"RAVI"_s << u"stock"_s << QStringList() << true;
-    QTest::newRow("an apostrophe fails silently") << u"o'neil"_s << u"x"_s << QStringList() << false;
-    QTest::newRow("clever quoting meets a foreign row")
-        << u"x' or Uid = 1 or UName = '"_s << u"Keeper"_s << QStringList{u"Wrong User Name"_s} << false;
+    const Rows<QString, QString, QStringList, bool> row({"user", "password", "messages", "loggedIn"});
+    row("both empty", "", "", QStringList{u" Please Enter User Name"_s}, false);
+    row("no password", "ravi", "", QStringList{u" Please Enter Password"_s}, false);
+    row("blanks are a name", "  ", "x", QStringList{u"Wrong User Name"_s}, false);
+    row("unknown", "nobody", "x", QStringList{u"Wrong User Name"_s}, false);
+    row("wrong password", "ravi", "Stock", QStringList{u"Wrong Pass Word"_s}, false);
+    row("null password", "noword", "x", QStringList{u"Wrong Pass Word"_s}, false);
+    row("name in other case", "RAVI", "stock", QStringList(), true);
+    row("an apostrophe fails silently", "o'neil", "x", QStringList(), false);
+    row("clever quoting meets a foreign row", "x' or Uid = 1 or UName = '", "Keeper",
+        QStringList{u"Wrong User Name"_s}, false);
 }
 
 void FrmPassTest::okAnswersInOrder()
@@ -176,12 +173,9 @@ void FrmPassTest::escapeIsCancel()
 
 void FrmPassTest::userIsStoredInTheSession_data()
 {
-    QTest::addColumn<QString>("user");
-    QTest::addColumn<QString>("password");
-    QTest::addColumn<int>("uid");
-    QTest::addColumn<QString>("superUser");
-    QTest::newRow("sysop as stored, not as typed") << u"Sysop"_s << u"Keeper"_s << 1 << u"True"_s;
-    QTest::newRow("anybody else") << u"ravi"_s << u"stock"_s << 2 << u"False"_s;
+    const Rows<QString, QString, int, QString> row({"user", "password", "uid", "superUser"});
+    row("sysop as stored, not as typed", "Sysop", "Keeper", 1, "True");
+    row("anybody else", "ravi", "stock", 2, "False");
 }
 
 void FrmPassTest::userIsStoredInTheSession()

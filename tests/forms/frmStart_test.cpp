@@ -5,6 +5,7 @@
 #include "common/ui/key_card.h"
 #include "forms/frmStart/frmStart.h"
 #include "tests/forms/workstation.h"
+#include "tests/support/rows.h"
 
 #include <QPushButton>
 #include <QTest>
@@ -118,13 +119,10 @@ QStringList FrmStartTest::listed() const
 
 void FrmStartTest::rightsRuleTheList_data()
 {
-    QTest::addColumn<int>("year1");
-    QTest::addColumn<int>("year2");
-    QTest::addColumn<QStringList>("rows");
-    QTest::newRow("both, but never a third")
-        << 1 << 1 << QStringList{u"1|A|First|KOCHI"_s, u"2|B|Second|KOCHI"_s, u"|||"_s};
-    QTest::newRow("the second moves up") << 0 << 1 << QStringList{u"1|B|Second|KOCHI"_s, u"|||"_s};
-    QTest::newRow("-1 is not 1") << -1 << 2 << QStringList{u"|||"_s};
+    const Rows<int, int, QStringList> row({"year1", "year2", "rows"});
+    row("both, but never a third", 1, 1, QStringList{u"1|A|First|KOCHI"_s, u"2|B|Second|KOCHI"_s, u"|||"_s});
+    row("the second moves up", 0, 1, QStringList{u"1|B|Second|KOCHI"_s, u"|||"_s});
+    row("-1 is not 1", -1, 2, QStringList{u"|||"_s});
 }
 
 void FrmStartTest::rightsRuleTheList()
@@ -210,9 +208,9 @@ void FrmStartTest::olderYearIsOpenedByOk()
 
 void FrmStartTest::enterAndDoubleClickOpenTheLatestYear_data()
 {
-    QTest::addColumn<bool>("byEnter");
-    QTest::newRow("Enter") << true;
-    QTest::newRow("double click") << false;
+    const Rows<bool> row({"byEnter"});
+    row("Enter", true);
+    row("double click", false);
 }
 
 void FrmStartTest::enterAndDoubleClickOpenTheLatestYear()
@@ -234,11 +232,9 @@ void FrmStartTest::enterAndDoubleClickOpenTheLatestYear()
 
 void FrmStartTest::workDateIsNotAfterTheYear_data()
 {
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("entry");
-    QTest::addColumn<QString>("workDate");
-    QTest::newRow("running year") << 1 << 1 << u"10/Mar/2026"_s;
-    QTest::newRow("year that has ended") << 1 << 0 << u"31/Mar/2025"_s;
+    const Rows<int, int, QString> row({"row", "entry", "workDate"});
+    row("running year", 1, 1, "10/Mar/2026");
+    row("year that has ended", 1, 0, "31/Mar/2025");
 }
 
 void FrmStartTest::workDateIsNotAfterTheYear()

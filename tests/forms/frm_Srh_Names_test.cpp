@@ -4,6 +4,7 @@
 #include "common/ui/text_box.h"
 #include "forms/frm_Srh_Names/frm_Srh_Names.h"
 #include "tests/forms/workstation.h"
+#include "tests/support/rows.h"
 
 #include <QTest>
 
@@ -92,16 +93,14 @@ void FrmSrhNamesTest::onlyOpenSupplierLedgersAreListed()
 
 void FrmSrhNamesTest::listFollowsTheTyping_data()
 {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QStringList>("names");
-    QTest::addColumn<int>("current");
-    QTest::newRow("two") << u"ab"_s << QStringList{u"ABACUS"_s, u"ABC TRADERS"_s} << 0;
-    QTest::newRow("one") << u"ABC"_s << QStringList{u"ABC TRADERS"_s} << 0;
-    QTest::newRow("stored in small letters") << u"mid m"_s << QStringList{u"Mid Motors"_s} << 0;
-    QTest::newRow("none") << u"Q"_s << QStringList{u""_s} << -1;
+    const Rows<QString, QStringList, int> row({"typed", "names", "current"});
+    row("two", "ab", QStringList{u"ABACUS"_s, u"ABC TRADERS"_s}, 0);
+    row("one", "ABC", QStringList{u"ABC TRADERS"_s}, 0);
+    row("stored in small letters", "mid m", QStringList{u"Mid Motors"_s}, 0);
+    row("none", "Q", QStringList{u""_s}, -1);
     // The blank belongs to the searched text but not to the text that a row is compared with.
-    QTest::newRow("blank at the end") << u"abc "_s << QStringList{u"ABC TRADERS"_s} << -1;
-    QTest::newRow("a percent sign is one") << u"%"_s << QStringList{u""_s} << -1;
+    row("blank at the end", "abc ", QStringList{u"ABC TRADERS"_s}, -1);
+    row("a percent sign is one", "%", QStringList{u""_s}, -1);
 }
 
 void FrmSrhNamesTest::listFollowsTheTyping()
@@ -135,11 +134,10 @@ void FrmSrhNamesTest::downGoesToTheList()
 
 void FrmSrhNamesTest::nothingChosenIsNothing_data()
 {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<int>("key");
-    QTest::newRow("Enter on an empty text") << u""_s << int(Qt::Key_Return);
-    QTest::newRow("Enter on an empty list") << u"Q"_s << int(Qt::Key_Return);
-    QTest::newRow("Escape") << u"ABC"_s << int(Qt::Key_Escape);
+    const Rows<QString, int> row({"typed", "key"});
+    row("Enter on an empty text", "", int(Qt::Key_Return));
+    row("Enter on an empty list", "Q", int(Qt::Key_Return));
+    row("Escape", "ABC", int(Qt::Key_Escape));
 }
 
 void FrmSrhNamesTest::nothingChosenIsNothing()

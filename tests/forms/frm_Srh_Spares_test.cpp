@@ -4,6 +4,7 @@
 #include "common/ui/text_box.h"
 #include "forms/frm_Srh_Spares/frm_Srh_Spares.h"
 #include "tests/forms/workstation.h"
+#include "tests/support/rows.h"
 
 #include <QTest>
 
@@ -98,15 +99,11 @@ void FrmSrhSparesTest::typedLetterIsSearchedAtOnce()
 
 void FrmSrhSparesTest::listFollowsTheTyping_data()
 {
-    QTest::addColumn<QString>("box");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QStringList>("codes");
-    QTest::addColumn<int>("current");
-    QTest::newRow("by number") << u"txtItem_Code"_s << u"br-1"_s << QStringList{u"BR-100"_s} << 0;
-    QTest::newRow("by name, stored in small letters")
-        << u"txtItem_Name"_s << u"brake s"_s << QStringList{u"BR-050"_s} << 0;
-    QTest::newRow("a part never offered") << u"txtItem_Code"_s << u"BR-9"_s << QStringList() << -1;
-    QTest::newRow("an underscore is one") << u"txtItem_Code"_s << u"BR_"_s << QStringList() << -1;
+    const Rows<QString, QString, QStringList, int> row({"box", "typed", "codes", "current"});
+    row("by number", "txtItem_Code", "br-1", QStringList{u"BR-100"_s}, 0);
+    row("by name, stored in small letters", "txtItem_Name", "brake s", QStringList{u"BR-050"_s}, 0);
+    row("a part never offered", "txtItem_Code", "BR-9", QStringList(), -1);
+    row("an underscore is one", "txtItem_Code", "BR_", QStringList(), -1);
 }
 
 void FrmSrhSparesTest::listFollowsTheTyping()
@@ -146,9 +143,9 @@ void FrmSrhSparesTest::vehiclesFollowTheHighlightedRow()
 
 void FrmSrhSparesTest::enterTakesThePart_data()
 {
-    QTest::addColumn<bool>("fromList");
-    QTest::newRow("from the box") << false;
-    QTest::newRow("from the list") << true;
+    const Rows<bool> row({"fromList"});
+    row("from the box", false);
+    row("from the list", true);
 }
 
 void FrmSrhSparesTest::enterTakesThePart()
@@ -165,10 +162,9 @@ void FrmSrhSparesTest::enterTakesThePart()
 
 void FrmSrhSparesTest::nothingChosenIsNothing_data()
 {
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<int>("key");
-    QTest::newRow("Enter on an empty list") << u"QQ"_s << int(Qt::Key_Return);
-    QTest::newRow("Escape") << u"BR"_s << int(Qt::Key_Escape);
+    const Rows<QString, int> row({"typed", "key"});
+    row("Enter on an empty list", "QQ", int(Qt::Key_Return));
+    row("Escape", "BR", int(Qt::Key_Escape));
 }
 
 void FrmSrhSparesTest::nothingChosenIsNothing()

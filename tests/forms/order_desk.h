@@ -228,3 +228,10 @@ private:
                                   {"MinQty", 1}});
     }
 };
+
+/// With the form on the screen, in New mode.
+class OpenDesk : public OrderDesk
+{
+public:
+    OpenDesk() { open(); }
+};

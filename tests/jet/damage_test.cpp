@@ -3,7 +3,6 @@
 
 #include "tests/jet/damage_cases.h"
 #include "tests/jet/file_use.h"
-#include "tests/support/rows.h"
 
 #include <random>
 
