@@ -3,7 +3,6 @@
 #include <QTest>
 
 #include "data/jet/index_key.h"
-#include "tests/support/rows.h"
 
 #include <cstring>
 #include <limits>

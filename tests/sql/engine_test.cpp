@@ -4,7 +4,6 @@
 
 #include "common/errors.h"
 #include "tests/sql/database_fixture.h"
-#include "tests/support/rows.h"
 
 using jet::ColumnType;
 
