@@ -164,10 +164,11 @@ private:
         if (c == ';')
             return readSemicolon();
         const bool two = (c == '<' && (second == '=' || second == '>')) || (c == '>' && second == '=');
-        if (c == '\0' || std::string_view("(),.*+-/=<>").find(c) == std::string_view::npos)
+        if (c == '\0' || std::string_view("(),.*+-/=<>").find(c) == std::string_view::npos) {
             refuse(c >= ' ' ? std::string("The character \"") + c + "\" has no place here."
                             : std::string("A control character has no place here."),
                    m_at);
+        }
         const std::string_view symbol = m_text.substr(m_at, two ? 2 : 1);
         add(Token::Kind::Symbol, symbol, m_at, symbol);
         m_at += symbol.size();

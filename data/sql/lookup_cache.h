@@ -35,7 +35,7 @@ private:
         std::uint64_t code; ///< the value, or a hash of it
         std::uint32_t place;
 
-        auto operator<=>(const Entry &) const = default;
+        auto operator<=>(const Entry &) const = default; // NOLINT(modernize-use-nullptr): the compiler's zero
     };
     struct Field
     {

@@ -180,6 +180,7 @@ int VirtualTable::bestIndex(sqlite3_index_info &asked)
         numbers.push_back(i);
     }
     std::vector<OrderTerm> order;
+    order.reserve(static_cast<std::size_t>(asked.nOrderBy));
     for (int i = 0; i < asked.nOrderBy; ++i)
         order.push_back({asked.aOrderBy[i].iColumn < 0 ? kRowPlace : asked.aOrderBy[i].iColumn,
                          asked.aOrderBy[i].desc != 0});

@@ -1,6 +1,6 @@
 #include "data/jet/tools/dump.h"
 
-#include "data/jet/tools/sha256.h"
+#include <QCryptographicHash>
 
 #include <algorithm>
 #include <array>
@@ -22,7 +22,7 @@ template <class Number>
     std::array<char, 64> buffer{};
     const auto end =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::scientific);
-    const std::string text(buffer.data(), end.ptr);
+    std::string text(buffer.data(), end.ptr);
     const std::size_t mark = text.find('e');
     if (mark == std::string::npos)
         return text;
@@ -66,14 +66,12 @@ template <class Number>
 
 [[nodiscard]] std::string bytesText(const Bytes &bytes)
 {
-    if (bytes.size() > kLongestHex)
-        return "sha256:" + sha256(bytes) + ":" + std::to_string(bytes.size());
-    std::string text;
-    for (const std::byte byte : bytes) {
-        text += "0123456789abcdef"[std::to_integer<unsigned>(byte) >> 4];
-        text += "0123456789abcdef"[std::to_integer<unsigned>(byte) & 0xF];
-    }
-    return text;
+    const auto view =
+        QByteArray::fromRawData(reinterpret_cast<const char *>(bytes.data()), std::ssize(bytes));
+    if (bytes.size() <= kLongestHex)
+        return view.toHex().toStdString();
+    const QByteArray digest = QCryptographicHash::hash(view, QCryptographicHash::Sha256);
+    return "sha256:" + digest.toHex().toStdString() + ":" + std::to_string(bytes.size());
 }
 
 struct CellWriter
