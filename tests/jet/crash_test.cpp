@@ -108,44 +108,32 @@ private slots:
         }
     }
 
-    /// One operation fails, as on a full disk, and the process goes on: with the old rows after an error,
-    /// with the new ones without.
-    void failsOnce()
+    /// The disk is full for one operation, and the process goes on with the old rows after an error and the
+    /// new ones without; or for so many that the change cannot be taken back either.
+    void failsAndComesBack_data()
     {
-        bool completed = false;
-        for (int operation = 0; !completed; ++operation) {
-            CrashDisk disk(m_before);
-            disk.fault = {DiskFault::Kind::Once, operation, operation % 2 == 1};
-            std::unique_ptr<Database> database;
-            attempt([&] { database = Database::open(kPath, {}, disk); });
-            if (!database)
-                continue;
-            const int error = support::errorOf([&] { saveOrder(*database); });
-            completed = !disk.hasFailed();
-            disk.fault = {};
-            QCOMPARE(error, error == 0 ? 0 : static_cast<int>(ErrorNumber::DiskFull));
-            QCOMPARE(rowsOf(*database, "Lines"), error == 0 ? m_newLines : m_oldLines);
-            QCOMPARE(stateOf(disk.afterKill(), operation), error == 0 ? State::New : State::Old);
-            saveOrder(*database);
-            QCOMPARE(rowsOf(*database, "Lines"), m_newLines);
-            QCOMPARE(support::problems(*database), QByteArray());
-        }
+        QTest::addColumn<bool>("once");
+        QTest::newRow("once") << true;
+        QTest::newRow("for a while") << false;
     }
-
-    /// The disk is lost in the middle, so that the change cannot be taken back either, and comes back later.
-    void failsForAWhile()
+    void failsAndComesBack()
     {
+        QFETCH(bool, once);
+        const auto kind = once ? DiskFault::Kind::Once : DiskFault::Kind::ForAWhile;
         bool completed = false;
         for (int operation = 0; !completed; ++operation) {
             CrashDisk disk(m_before);
             const auto database = Database::open(kPath, {}, disk);
-            disk.fault = {DiskFault::Kind::ForAWhile, disk.operations() + operation, operation % 2 == 0};
-            const bool saved = attempt([&] { saveOrder(*database); });
+            disk.fault = {kind, disk.operations() + operation, operation % 2 == 1};
+            const int error = support::errorOf([&] { saveOrder(*database); });
             completed = !disk.hasFailed();
             disk.fault = {};
+            QCOMPARE(error, error == 0 ? 0 : static_cast<int>(ErrorNumber::DiskFull));
             const QByteArray lines = rowsOf(*database, "Lines");
-            QVERIFY(saved ? lines == m_newLines : lines == m_newLines || lines == m_oldLines);
+            QVERIFY(lines == m_newLines || (error != 0 && lines == m_oldLines));
             QCOMPARE(support::problems(*database), QByteArray());
+            if (once)
+                QCOMPARE(stateOf(disk.afterKill(), operation), error == 0 ? State::New : State::Old);
             saveOrder(*database);
             QCOMPARE(stateOf(disk.afterKill(), operation), State::New);
         }

@@ -263,8 +263,12 @@ private slots:
         const auto reader = Database::open(m_path, options);
         QCOMPARE(itemsOf(*reader).size(), std::size_t{1});
         QCOMPARE(m_folder->path().isEmpty() ? 0 : QDir(m_folder->path()).entryList(QDir::Files).size(), 1);
-        QCOMPARE(support::errorOf([&] { reader->table("Items").insert(item(2)); }),
-                 static_cast<int>(ErrorNumber::TableReadOnly));
+        const int refused = static_cast<int>(ErrorNumber::TableReadOnly);
+        QCOMPARE(support::errorOf([&] { reader->table("Items").insert(item(2)); }), refused);
+        QCOMPARE(support::errorOf([&] {
+                     reader->createTable({.name = "New", .columns = {{.name = "A"}}, .indexes = {}});
+                 }),
+                 refused);
 
         m_right = opened("RIGHT");
         m_right->table("Items").insert(item(2));

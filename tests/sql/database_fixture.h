@@ -3,10 +3,9 @@
 
 #include "data/jet/database.h"
 #include "data/sql/engine.h"
+#include "tests/jet/memory_file.h"
 
-#include <QFile>
 #include <QStringList>
-#include <QTemporaryDir>
 
 #include <initializer_list>
 #include <memory>
@@ -14,11 +13,11 @@
 
 using Row = std::vector<Value>;
 
-/// A fresh database in a folder of its own.
+/// A fresh database in memory.
 struct TestDatabase
 {
     explicit TestDatabase(jet::Version version)
-        : file(jet::Database::open(emptyCopy(version)))
+        : file(jet::Database::create("test.mdb", {.version = version}, folder))
     {}
 
     /// A table with its rows, in this order.
@@ -38,23 +37,7 @@ struct TestDatabase
         return table;
     }
 
-    /// Making a file waits for the disk, copying one does not.
-    std::string emptyCopy(jet::Version version) const
-    {
-        static const QTemporaryDir originals;
-        const QString name = QStringLiteral("empty%1.mdb").arg(int(version));
-        const QString original = originals.filePath(name);
-        if (!QFile::exists(original)) {
-            jet::CreateOptions options;
-            options.version = version;
-            (void)jet::Database::create(original.toStdString(), options);
-        }
-        const QString copy = folder.filePath(name);
-        QFile::copy(original, copy);
-        return copy.toStdString();
-    }
-
-    QTemporaryDir folder;
+    MemoryFolder folder;
     std::unique_ptr<jet::Database> file;
 };
 
