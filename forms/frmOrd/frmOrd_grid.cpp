@@ -428,10 +428,12 @@ void frmOrd::putLineBack()
     fgList_EnterCell();
 }
 
-/// The grid got the focus from the keyboard: the editor takes it over.
+/// The grid got the focus from the keyboard: the editor takes it over, unless keys that were typed ahead have
+/// brought it there; what they typed must not be selected again.
 void frmOrd::fgList_GotFocus()
 {
-    fgList_EnterCell();
+    if (!m_ui->txtItem->hasFocus())
+        fgList_EnterCell();
 }
 
 /// Keys of the grid itself, when it has the focus and not its editor.

@@ -449,6 +449,13 @@ void frmOrdGridTest::typingOnTheGridReachesTheCell()
     desk.type("8");
     QCOMPARE(desk.cell(1, kColQty), QStringLiteral("8"));
     QCOMPARE(desk.focus(), QStringLiteral("txtItem"));
+    // Typed ahead, before the grid could hand its focus on: the last digit does not replace the others.
+    desk.press(Qt::Key_L, Qt::AltModifier);
+    QTRY_COMPARE(desk.focus(), QStringLiteral("fgList"));
+    desk.type("1");
+    QCoreApplication::processEvents();
+    desk.type("23");
+    QCOMPARE(desk.cell(1, kColQty), QStringLiteral("123"));
 }
 
 QTEST_MAIN(frmOrdGridTest)
