@@ -48,6 +48,8 @@ private slots:
     void indexesAreUsed();
     void lookUpsAreRemembered();
     void rememberedLookUpsSeeChanges();
+    void rememberedOrdersAndSumsSeeChanges_data();
+    void rememberedOrdersAndSumsSeeChanges();
     void shapesAreCompiledOnce();
     void sameShapeTwiceAtOnce();
     void forgottenShapesStillRun();
@@ -318,6 +320,64 @@ void EngineTest::rememberedLookUpsSeeChanges()
     QCOMPARE(rowsOf(engine, statement).size(), 0);
 }
 
+void EngineTest::rememberedOrdersAndSumsSeeChanges_data()
+{
+    QTest::addColumn<QByteArray>("statement");
+    QTest::addColumn<QByteArray>("atFirst");
+    QTest::addColumn<QByteArray>("changed");
+    const auto row = [](const char *statement, const char *atFirst, const char *changed) {
+        QTest::newRow(statement) << QByteArray(statement) << QByteArray(atFirst) << QByteArray(changed);
+    };
+    row("Select Code from Parts order by Name desc, Price", "3 1 2 5 4", "6 3 1 2 5 4");
+    row("Select Code from Parts order by Price desc", "4 1 3 2 5", "4 6 1 3 2 5");
+    row("Select Parts.Code, Sum(Qty) from Parts left join Moves on Parts.Code = Moves.Part "
+        "group by Parts.Code",
+        "1|4.5 2|null 3|null 4|null 5|null", "1|5.5 2|null 3|null 4|null 5|null 6|1");
+}
+
+/// An engine that has run a statement before gives what one gives that runs it for the first time.
+void EngineTest::rememberedOrdersAndSumsSeeChanges()
+{
+    QFETCH(QByteArray, statement);
+    QFETCH(QByteArray, atFirst);
+    QFETCH(QByteArray, changed);
+    for (const jet::Version version : {jet::Version::Jet3, jet::Version::Jet4}) {
+        TestDatabase database{version};
+        const auto part = [](int code, Value name, Value price) {
+            return Row{code, std::move(name), std::move(price)};
+        };
+        jet::Table &parts =
+            database.add("Parts",
+                         {column("Code", ColumnType::Long), column("Name", ColumnType::Text),
+                          column("Price", ColumnType::Currency)},
+                         {part(1, text("\u00c9clair"), amount("-2.5")), part(2, text("eclair"), Null{}),
+                          part(3, text("eclairs"), amount("-2.5")), part(4, Null{}, amount("10")),
+                          part(5, text("a"), Null{})});
+        jet::Table &moves =
+            database.add("Moves", {column("Part", ColumnType::Long), column("Qty", ColumnType::Currency)},
+                         {{1, amount("4")}, {1, amount("0.5")}, {3, Null{}}});
+        sql::Engine engine(*database.file);
+        const auto seen = [&] { return rowsOf(engine, statement.toStdString()).join(u' ').toUtf8(); };
+        const auto seenByNew = [&] {
+            sql::Engine fresh(*database.file);
+            return rowsOf(fresh, statement.toStdString()).join(u' ').toUtf8();
+        };
+        QCOMPARE(seen(), atFirst);
+        {
+            const jet::ChangeScope scope(*database.file); // never committed
+            const jet::RowId added = parts.insert(part(6, text("f"), amount("9")));
+            moves.insert(Row{6, amount("1")});
+            moves.insert(Row{1, amount("1")});
+            QCOMPARE(seen(), changed);
+            parts.update(added, {{{1, text(std::string(50, 'b').c_str())}, {2, Value(Null{})}}});
+            QCOMPARE(seen(), seenByNew());
+            QCOMPARE(engine.execute("Delete * from Parts where Code = 2"), 1);
+            QCOMPARE(seen(), seenByNew());
+        }
+        QCOMPARE(seen(), atFirst);
+    }
+}
+
 void EngineTest::shapesAreCompiledOnce()
 {
     TestDatabase database(jet::Version::Jet3);
@@ -377,7 +437,8 @@ void EngineTest::queriesOutliveChanges()
     jet::Table &table = database.file->table("Numbers");
     for (const char *statement :
          {"Select Code, Other, Name from Numbers", "Select Code, Other, Name from Numbers where Code >= 0",
-          "Select Code, Other, Name from Numbers where Other = 6"}) {
+          "Select Code, Other, Name from Numbers where Other = 6",
+          "Select Code, Other, Name from Numbers order by Other desc, Name"}) {
         (void)rowsOf(engine, statement);
         const auto query = engine.select(statement);
         jet::ChangeScope scope(*database.file, jet::Durability::Lazy);
