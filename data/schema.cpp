@@ -55,6 +55,8 @@ jet::TableSpec orderHeaders()
 
 jet::TableSpec orderLines()
 {
+    // From LSTQty on: the figures that the line showed when it was saved; kStoredColumns of
+    // orders/persistence.cpp says which is which.
     return {.name = "Stock_OrdSub",
             .columns = {column("StkOrdNo", Double), column("Slno", Long), column("ItemCode", Double),
                         column("LSTQty", Double), column("LSDays", Double), column("Qty", Double),
