@@ -11,7 +11,8 @@
 
 namespace orders {
 
-/// Present stock of an item at the main store: stock point 0 only.
+/// Stock of an item at the main store: stock point 0 only. No window shows it: the present stock of a line is
+/// presentStock() of orders/statistics.h, over all stock points.
 [[nodiscard]] Currency Dis_Stock(const data::Connection &conYear, std::int32_t item);
 
 /// The field of `Mast_Items` that holds the dealer price of a price category (`SPID`); null for a category

@@ -41,7 +41,7 @@ class StockTest : public QObject
     Q_OBJECT
 
 private slots:
-    void presentStockIsThatOfTheMainStore()
+    void stockOfTheMainStoreLeavesOtherPointsOut()
     {
         SmallDealership dealer;
         dealer.year("Y26")
