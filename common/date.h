@@ -45,7 +45,7 @@ public:
     /// The day of month is kept, clipped to the last day of a shorter month; the time of day is kept.
     [[nodiscard]] Date addMonths(int months) const;
 
-    auto operator<=>(const Date &) const = default;
+    auto operator<=>(const Date &) const = default; // NOLINT(modernize-use-nullptr): the compiler's own zero
 
 private:
     constexpr explicit Date(double serial)

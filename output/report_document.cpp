@@ -57,7 +57,7 @@ void paint(QPainter &painter, const LayoutBox &box, QPointF origin)
 
 QString valueText(const Value &value, const LayoutText *text)
 {
-    const std::string asItStands = Null_Str(value);
+    std::string asItStands = Null_Str(value);
     if (isNull(value) || !text || (!text->format && !text->blankZero))
         return shown(asItStands);
     // A number that is too large for an amount stands as it is.

@@ -179,10 +179,11 @@ void Maker::makeMain() const
                     {"ComCode", "Code", "YStart", "YEnd", "ComName", "Town", "DBMst", "DbSub"});
     for (int number = 0; number < m_options.companies; ++number) {
         const Company &owner = company(number);
-        for (const CompanyYear &year : companyYears(m_options, number))
+        for (const CompanyYear &year : companyYears(m_options, number)) {
             years.add({std::string(owner.code), year.code, toDate(year.year.start), toDate(year.year.end),
                        std::string(owner.name), std::string(owner.town), year.database,
                        std::string(owner.subsidiary)});
+        }
     }
     years.finish();
     report(file);
@@ -195,12 +196,14 @@ void Maker::makeSubsidiary(int number) const
     RowWriter tasks(*opened, data::schema::subsidiaryTables().at(0),
                     {"Uid", "TaskId", "opt1", "opt2", "opt3"});
     // Neighbouring tasks of the accounting application stand in the same table.
-    for (const std::int32_t task : {2101, 2102, kOrderTask, 2201})
-        for (const User &user : users())
+    for (const std::int32_t task : {2101, 2102, kOrderTask, 2201}) {
+        for (const User &user : users()) {
             if (user.mayOrder) {
                 const bool permitted = *user.mayOrder || task != kOrderTask;
                 tasks.add({user.id, task, permitted, permitted, permitted});
             }
+        }
+    }
     tasks.finish();
     report(file);
 }

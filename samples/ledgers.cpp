@@ -35,10 +35,11 @@ bool isSupplierHead(std::int32_t head)
 std::vector<std::string> firms(Random &random)
 {
     std::vector<std::string> names;
-    for (const std::string_view firm : firmNames())
+    for (const std::string_view firm : firmNames()) {
         for (const std::string_view trade : firmTrades())
             if (random.chance(1, 3))
                 names.push_back(std::string(firm) + " " + std::string(trade));
+    }
     random.shuffle(names);
     return names;
 }

@@ -76,25 +76,26 @@ Options parseOptions(std::span<const std::string> arguments, Day today)
         const std::string &value = arguments[++at];
         if (name == "--format")
             options.format = formatOf(value);
-        else if (name == "--seed")
+        else if (name == "--seed") {
             options.seed = static_cast<std::uint64_t>(
                 numberOf(name, value, 0, std::numeric_limits<std::int64_t>::max()));
-        else if (name == "--items")
+        } else if (name == "--items") {
             options.items = static_cast<int>(numberOf(name, value, 20, 200'000));
-        else if (name == "--movements")
+        } else if (name == "--movements") {
             options.movements = numberOf(name, value, 0, kMostMovements);
-        else if (name == "--newest-movements")
+        } else if (name == "--newest-movements") {
             options.newestMovements = numberOf(name, value, 0, kMostMovements);
-        else if (name == "--previous-movements")
+        } else if (name == "--previous-movements") {
             options.previousMovements = numberOf(name, value, 0, kMostMovements);
-        else if (name == "--companies")
+        } else if (name == "--companies") {
             options.companies = static_cast<int>(numberOf(name, value, 1, 2));
-        else if (name == "--years")
+        } else if (name == "--years") {
             options.years = static_cast<int>(numberOf(name, value, 1, 3));
-        else if (name == "--date")
+        } else if (name == "--date") {
             options.date = dateOf(value);
-        else
+        } else {
             refuse("There is no option " + name + ".");
+        }
     }
     if (options.folder.empty())
         refuse("Name the folder that is to be made.");

@@ -99,10 +99,11 @@ void setVehicles(Random &random, const Make &make, std::int32_t firstGroup, std:
             if (other != model && random.chance(1, 4))
                 part.models.push_back(other);
     }
-    if (kind >= 4 && kind < 9)
+    if (kind >= 4 && kind < 9) {
         for (std::size_t group = 0; group < make.groups.size(); ++group)
             if (group == 0 || random.chance(1, 3))
                 part.groups.push_back(firstGroup + static_cast<std::int32_t>(group));
+    }
 }
 
 /// Few parts sell daily, many now and then, some never: weights fall with the rank, and fall off at the end.

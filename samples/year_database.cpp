@@ -153,11 +153,13 @@ void YearFiller::fillOrders()
 
     RowWriter lines = table("Stock_OrdSub", {"StkOrdNo", "Slno", "ItemCode", "LSTQty", "LSDays", "Qty",
                                              "Rate", "AQty", "PQty", "Moq", "MinQty"});
-    for (const SavedOrder &order : m_orders)
-        for (const SavedOrderLine &line : order.lines)
+    for (const SavedOrder &order : m_orders) {
+        for (const SavedOrderLine &line : order.lines) {
             lines.add({order.number, line.slno, line.item, line.sold, line.lastSaleDays, line.quantity,
                        rate(m_data.catalogue.parts[line.part]), line.average, line.present, line.moq,
                        line.minQty});
+        }
+    }
     lines.finish();
 }
 

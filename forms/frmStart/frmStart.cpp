@@ -12,6 +12,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <array>
+
 namespace {
 
 constexpr int kColSerial = 0;
@@ -313,10 +315,10 @@ void frmStart::Un_Ld()
 
 std::uint8_t frmStart::Numm(const std::string &N)
 {
-    static constexpr std::uint8_t kDigits[] = {9, 7, 2, 8, 7, 3, 2, 3, 1, 4};
+    static constexpr std::array<std::uint8_t, 10> kDigits{9, 7, 2, 8, 7, 3, 2, 3, 1, 4};
     const double value = leadingNumber(N);
-    for (std::uint8_t number = 0; number < std::size(kDigits); ++number) {
-        if (value == number)
+    for (std::size_t number = 0; number < kDigits.size(); ++number) {
+        if (value == static_cast<double>(number))
             return kDigits[number];
     }
     return 1;

@@ -4,6 +4,7 @@
 
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QtMath>
 
 #include <algorithm>
 
@@ -34,15 +35,20 @@ constexpr QRgb kHole = qRgb(0xB4, 0xBC, 0xC1);
 
 void paintBars(QPainter &painter, const QRectF &sheet)
 {
-    for (double y = sheet.top(); y < sheet.bottom(); y += 2 * kBarHeight)
+    const int bars = qCeil(sheet.height() / (2 * kBarHeight));
+    for (int bar = 0; bar < bars; ++bar) {
+        const double y = sheet.top() + bar * 2 * kBarHeight;
         painter.fillRect(QRectF(sheet.left(), y, sheet.width(), kBarHeight), QColor(kBar));
+    }
 }
 
 void paintStrips(QPainter &painter, const QSizeF &size)
 {
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(kHole));
-    for (double y = kHoleStep / 2.0; y < size.height(); y += kHoleStep) {
+    const int holes = qCeil(size.height() / kHoleStep - 0.5);
+    for (int hole = 0; hole < holes; ++hole) {
+        const double y = (hole + 0.5) * kHoleStep;
         for (const double x : {kStripWidth / 2.0, size.width() - kStripWidth / 2.0})
             painter.drawEllipse(QPointF(x, y), kHoleRadius, kHoleRadius);
     }

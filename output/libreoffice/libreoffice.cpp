@@ -117,7 +117,7 @@ LibreOffice::LibreOffice(Settings settings)
 
 LibreOffice::~LibreOffice()
 {
-    end();
+    LibreOffice::end();
 }
 
 std::string LibreOffice::besideProgram()
