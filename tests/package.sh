@@ -50,7 +50,9 @@ inside() {
     grep -q 'Login' windows || fail "the login form did not come up: $(cat windows)"
     echo "The installed program shows: $(cat windows)"
     # And a whole order is saved through its folder.
-    $as_storekeeper env QT_QPA_PLATFORM=offscreen "$repository/build/bin/velk-tour" $own pictures 2>/dev/null | tail -1
+    $as_storekeeper env QT_QPA_PLATFORM=offscreen "$repository/build/bin/velk-tour" $own pictures >tour 2>&1 ||
+        fail "the tour: $(tail tour)"
+    tail -1 tour
     velk-setup $own >setup || [ $? = 1 ] || fail "$(cat setup)"
     jetcheck --password qzrt5817 $kept/*.mdb $server/DataBas/*.mdb || fail "a database is damaged"
 

@@ -92,19 +92,23 @@ int main(int argumentCount, char **arguments)
     ui::applyStyle(application);
     ui::enableKeyCards(application);
     tour::Stage stage(given[2]);
-    tour::Job job(stage, windowSize, QFileInfo(given[1] + QStringLiteral("/../server")).canonicalFilePath());
+    tour::Record record;
     Session session;
     {
         Program program(dialogs, clock, shell, QFileInfo(given[1]).absoluteFilePath().toStdString());
         program.start();
+        // The folder that the start has read from SerPath.mdb; an installed program's lies anywhere.
+        tour::Job job(stage, windowSize,
+                      QString::fromStdString(data::localPath(program.session().ServerPath)));
         stage.play(job.steps());
         if (!shell.ended())
             Application::exec();
         session = program.session();
+        record = job.record();
     }
     if (stage.failure() || !stage.finished()) {
         std::printf("The tour did not reach its end.\n");
         return 1;
     }
-    return check(session, job.record());
+    return check(session, record);
 }
