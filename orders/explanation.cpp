@@ -251,14 +251,14 @@ void Explainer::addSteps(const ProposalRequest &request, const Findings &finding
     if (need == Need::CoveredByStock)
         return end(Outcome::StockCoversPeriod, {});
     line("Minimum quantity", findings.loaded->minimum.toText(), "of the item master");
-    line("Cover", shortestText(cover), "MQ, in months");
+    line("Cover", shortestText(cover), "the months of cover on the form");
     line("Went out x cover", shortestText(outgoing.toDouble() * cover),
          "the stock must be below this or below the minimum");
     if (need == Need::AboveMinimumAndCover)
         return end(Outcome::AboveMinimumAndCover, {});
 
     const Currency average = monthlyAverage(outgoing, request.months);
-    line("Months", std::to_string(request.months), "of the selected entry");
+    line("Months", std::to_string(request.months), "the average months on the form");
     line("Average of a month", (outgoing / Currency::fromUnits(request.months)).toText(),
          "what went out / months");
     line("Rounded average", average.toText(), "a whole number, at least 1");

@@ -1,5 +1,7 @@
 #include "common/ui/manual.h"
 
+#include "common/ui/key_card.h"
+
 #include <QApplication>
 #include <QDialog>
 #include <QFile>
@@ -59,6 +61,12 @@ ManualWindow::ManualWindow(QWidget *parent)
     auto *column = new QVBoxLayout(this);
     column->addWidget(m_text);
     column->addLayout(row);
+    setKeyCard(this, tr("Manual"),
+               {{tr("Tab, Shift+Tab"), tr("to the next link, to the one before")},
+                {tr("Enter"), tr("opens the link")},
+                {tr("Alt+O"), tr("to the contents")},
+                {tr("Alt+B, Alt+Left"), tr("back to the page one came from")},
+                {tr("Escape, Alt+C"), tr("closes the manual")}});
     resize(kUsualSize);
     m_text->setFocus();
 }

@@ -71,6 +71,17 @@ void PreviewWindow::addControl(QWidget *control)
     m_bar->insertWidget(m_ownCommandsEnd, control);
 }
 
+void PreviewWindow::setKeys(const QString &title, QList<KeyLine> own)
+{
+    own += QList<KeyLine>{
+        {tr("Ctrl+Page Up, Ctrl+Page Down"), tr("to the page before or behind")},
+        {tr("Ctrl+Home, Ctrl+End"), tr("to the first or the last page")},
+        {tr("Ctrl+Plus, Ctrl+Minus"), tr("larger, smaller")},
+        {tr("Escape"), tr("closes the window")},
+    };
+    setKeyCard(this, title, own);
+}
+
 QAction *PreviewWindow::addStep(const QString &name, const QString &caption, const QString &sign,
                                 const QKeySequence &key)
 {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "common/seams.h"
+#include "common/ui/key_card.h"
 #include "common/ui/page_view.h"
 
 #include <QKeySequence>
@@ -34,6 +35,8 @@ protected:
     QAction *addCommand(const QString &name, const QString &caption, const QKeySequence &key);
     /// Adds a control of the preview's own in front of the page buttons.
     void addControl(QWidget *control);
+    /// Gives the window its key card: its own keys, then those of every preview.
+    void setKeys(const QString &title, QList<KeyLine> own);
     /// Shows pages and their count.
     void showPages(Pages pages);
     /// Asks for a name, proposing `fileName` in the user's documents folder; "" when the user leaves the box.

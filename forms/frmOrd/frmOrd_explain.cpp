@@ -73,6 +73,9 @@ void frmOrd::showExplanation(const orders::Explanation &explanation)
     const QString part = QStringList{ui::shown(explanation.partCode), ui::shown(explanation.name)}
                              .join(QLatin1Char(' '))
                              .trimmed();
-    m_ui->fmWhy->showSteps(part + QStringLiteral(": ") + ui::shown(orders::outcomeText(explanation.outcome)),
-                           explanation.lines);
+    // The last step can lie below the edge of the panel.
+    const QString outcome = explanation.outcome == orders::Outcome::Proposed
+                                ? tr("%1 proposed.").arg(ui::shown(explanation.quantity.toText()))
+                                : ui::shown(orders::outcomeText(explanation.outcome));
+    m_ui->fmWhy->showSteps(part + QStringLiteral(": ") + outcome, explanation.lines);
 }

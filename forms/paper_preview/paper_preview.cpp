@@ -47,6 +47,12 @@ void PaperPreview::createControls()
     ui::on(addCommand(QStringLiteral("cmdReload"), tr("Read again"), Qt::Key_F5), &QAction::triggered, this,
            &PaperPreview::cmdReload_Click);
 
+    setKeys(tr("Paper Preview"),
+            {{tr("Ctrl+S"), tr("saves the sheets as PDF")},
+             {tr("F5"), tr("reads the print file again")},
+             {tr("Alt+A"), tr("what the printer does where the paper moves on by part of a line")},
+             {tr("Alt+G"), tr("paper with green bars")}});
+
     m_advance->setObjectName(QStringLiteral("cmbAdvance"));
     m_advance->setAccessibleName(tr("Carriage at a paper advance"));
     m_advance->setToolTip(

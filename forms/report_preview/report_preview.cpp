@@ -16,6 +16,7 @@ ReportPreview::ReportPreview(output::ReportDocument document, Dialogs &dialogs)
            this, &ReportPreview::cmdPrint_Click);
     ui::on(addCommand(QStringLiteral("cmdPdf"), tr("Save as PDF..."), QKeySequence::Save),
            &QAction::triggered, this, &ReportPreview::cmdPdf_Click);
+    setKeys(tr("Report"), {{tr("Ctrl+P"), tr("prints the report")}, {tr("Ctrl+S"), tr("saves it as PDF")}});
     showPages({m_document.pageCount(), m_document.pageSize(), output::kTwipsPerInch,
                [this](QPainter &painter, int page) { m_document.paintPage(painter, page); }});
 }

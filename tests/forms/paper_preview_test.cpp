@@ -99,6 +99,7 @@ void PaperPreviewTest::keysTurnPagesZoomAndClose()
     QCOMPARE(desk.preview->view().currentPage(), 1);
     QTest::keyClick(desk.preview.get(), Qt::Key_Plus, Qt::ControlModifier);
     QCOMPARE(desk.preview->view().zoom(), 1.25);
+    QVERIFY(!ui::keyCard(desk.preview.get()).isEmpty());
     QTest::keyClick(desk.preview.get(), Qt::Key_Escape);
     QVERIFY(!desk.preview->isVisible());
 }
