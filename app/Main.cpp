@@ -5,6 +5,7 @@
 #include "common/ui/manual.h"
 #include "common/ui/text.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMdiArea>
@@ -90,6 +91,24 @@ void Main::createMenu()
     QAction *manual = help->addAction(tr("&Manual"));
     manual->setObjectName(QStringLiteral("mnuManual"));
     connect(manual, &QAction::triggered, this, [] { ui::openManual(); });
+
+    giveFocusBackAfter(window);
+    giveFocusBackAfter(help);
+}
+
+void Main::giveFocusBackAfter(QMenu *menu)
+{
+    // The menu bar keeps the focus of a menu left by Escape, and forgets whose it was when another menu is
+    // opened meanwhile: then no key of the form would work any more.
+    connect(menu, &QMenu::aboutToShow, this, [this] {
+        if (QWidget *now = QApplication::focusWidget(); now != menuBar())
+            m_beforeMenu = now;
+    });
+    const auto giveBack = [this] {
+        if (m_beforeMenu && focusWidget() == menuBar() && QApplication::activePopupWidget() == nullptr)
+            m_beforeMenu->setFocus(Qt::MenuBarFocusReason);
+    };
+    connect(menu, &QMenu::aboutToHide, this, giveBack, Qt::QueuedConnection);
 }
 
 void Main::createStatusBar()

@@ -8,9 +8,11 @@
 #include "forms/context.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 class QMdiArea;
 class QMdiSubWindow;
+class QMenu;
 class QStackedWidget;
 
 class Main : public QMainWindow
@@ -35,6 +37,7 @@ private:
     void MDIForm_Activate();
     void MDIForm_Resize();
     void createMenu();
+    void giveFocusBackAfter(QMenu *menu);
     void createStatusBar();
     [[nodiscard]] QWidget *createClosedPage();
     void closeChild();
@@ -46,4 +49,5 @@ private:
     QWidget *m_closedPage;
     QAction *m_closeChild = nullptr;
     QMdiSubWindow *m_child = nullptr;
+    QPointer<QWidget> m_beforeMenu; ///< had the focus when a menu was opened
 };

@@ -214,7 +214,7 @@ void GridView::layOutColumns()
     for (auto &[column, width] : widths) {
         // On a wide screen all columns grow a little, or the figures would end up far from their names.
         if (!m_stretchColumns.contains(column)) {
-            const int share = spare * width / together / 2;
+            const int share = spare * width / qMax(1, together) / 2;
             width += share;
             left -= share;
         }

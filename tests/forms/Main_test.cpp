@@ -77,6 +77,7 @@ private slots:
     void innerSizeIsKeptInTheSession();
     void closingTheChildAloneLeavesAWayOut();
     void closingTheWindowClosesTheChildFirst();
+    void menusLeftByEscapeGiveTheFocusBack();
     void unhandledErrorIsShownAndTheProgramStays();
     void programFolderFollowsNoLinks();
     void programLeadsFromLoginToOrder();
@@ -116,6 +117,26 @@ void MainTest::innerSizeIsKeptInTheSession()
     // There is no way to make it smaller than the window, from which no key would lead back.
     auto *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
     QVERIFY(frame->isMaximized() && !(frame->windowFlags() & Qt::WindowMinMaxButtonsHint));
+}
+
+void MainTest::menusLeftByEscapeGiveTheFocusBack()
+{
+    int closed = 0;
+    Main window(m_station->context);
+    auto *child = new Child(closed);
+    auto *field = new QLineEdit(child);
+    window.showChild(child);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    field->setFocus();
+    // The second menu is opened while the menu bar still has the focus of the first.
+    for (const Qt::Key menu : {Qt::Key_H, Qt::Key_W}) {
+        QTest::keyClick(&window, menu, Qt::AltModifier);
+        QTRY_VERIFY(QApplication::activePopupWidget());
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+        QTRY_VERIFY(!QApplication::activePopupWidget());
+    }
+    QTRY_COMPARE(window.focusWidget(), field);
 }
 
 void MainTest::closingTheChildAloneLeavesAWayOut()
