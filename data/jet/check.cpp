@@ -23,10 +23,11 @@ void checkHeader(Database::Impl &database, Findings &findings)
     const PagePin header = database.cache.pin(PageNo{0});
     for (std::size_t user = 0; user < 256; ++user) {
         const std::uint16_t counter = header.view().u16(database.cache.format().commitCounters + 2 * user);
-        if (counter == kWriting || counter == kMetDamage)
+        if (counter == kWriting || counter == kMetDamage) {
             findings.add("page 0",
                          "commit mark " + std::to_string(user) + " says that a workstation " +
                              (counter == kWriting ? "stopped while writing" : "met a damaged page"));
+        }
     }
 }
 
@@ -96,10 +97,11 @@ void PageClaims::compareWithGlobalMap()
         if (++lostCount <= kNamedPages)
             lost += (lost.empty() ? "" : ", ") + std::to_string(page);
     }
-    if (lostCount > 0)
+    if (lostCount > 0) {
         m_findings.add("map of pages", std::to_string(lostCount) +
                                            " pages are in use but belong to nothing: " + lost +
                                            (lostCount > kNamedPages ? " ..." : ""));
+    }
 }
 
 std::vector<Finding> check(Database &database, std::size_t limit)

@@ -140,13 +140,14 @@ Table &Database::table(std::string_view name)
     if (object == nullptr)
         throw AppError(ErrorNumber::TableNotFound,
                        "There is no table " + std::string(name) + " in the file " + m_impl->path + ".");
-    if (!object->isTable())
+    if (!object->isTable()) {
         throw AppError(ErrorNumber::TableNotFound,
                        "In the file " + m_impl->path + ", " + object->name +
                            (object->type == object_type::kQuery
                                 ? " is a stored query, not a table."
                                 : " is a link to a table of another database. Open that "
                                   "database instead."));
+    }
     return m_impl->tableAt(object->definitionPage(), object->name);
 }
 

@@ -233,10 +233,11 @@ void appendNumber(Bytes &out, std::uint64_t value, std::size_t size)
 
 Value fitted(const Column &column, const Value &value, const TextCodec &codec, const Format &format)
 {
-    if (column.type() == ColumnType::Boolean)
+    if (column.type() == ColumnType::Boolean) {
         return isNull(value)                         ? false
                : std::holds_alternative<bool>(value) ? value
                                                      : Value(numberOf(column, value) != 0);
+    }
     if (isNull(value))
         return value;
     switch (column.type()) {

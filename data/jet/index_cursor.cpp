@@ -20,10 +20,11 @@ namespace {
     KeyBytes key;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Column &column = definition.columns[table.keyPositions[storedIndex][i]];
-        if (!appendKey(key, values[i], column, index.columns[i].ascending, table.format().version))
+        if (!appendKey(key, values[i], column, index.columns[i].ascending, table.format().version)) {
             throw AppError(ErrorNumber::TableReadOnly, "The table " + definition.name +
                                                            " cannot be searched for this " + "value of " +
                                                            column.name + ": it has no index key.");
+        }
     }
     return key;
 }

@@ -185,12 +185,13 @@ PageEditor PageStore::allocate()
         return page;
     }
     m_lowestFree = m_cache->pageCount();
-    if (m_cache->pageCount() >= largestPageCount(format()))
+    if (m_cache->pageCount() >= largestPageCount(format())) {
         throw FileError(ErrorNumber::FileTooLarge,
                         std::string("The database file has reached the largest size of its "
                                     "format, ") +
                             (format().isJet3() ? "1 GB" : "2 GB") +
                             ". Delete what is no longer needed, or begin a new year file.");
+    }
     const PageEditor page = m_cache->append();
     GlobalMap(*m_cache).put(page.page(), false);
     return page;

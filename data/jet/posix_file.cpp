@@ -79,10 +79,11 @@ public:
                 [&] { return ::pread(m_descriptor, into.data(), into.size(), static_cast<off_t>(at)); });
             if (count < 0)
                 fail(m_path, "read", errno);
-            if (count == 0)
+            if (count == 0) {
                 throw FileError(ErrorNumber::PathAccess, "The file " + m_path +
                                                              " ends too early: nothing at byte " +
                                                              std::to_string(at) + ".");
+            }
             into = into.subspan(static_cast<std::size_t>(count));
             at += static_cast<std::uint64_t>(count);
         }

@@ -187,17 +187,19 @@ void RowWriter::checkRules(std::size_t column, const Value &value) const
 void RowWriter::checkKey(std::size_t index, const RowKey &key, std::optional<RowId> except)
 {
     const StoredIndex &stored = definition().storedIndexes[index];
-    if (stored.isRequired() && key.anyNull)
+    if (stored.isRequired() && key.anyNull) {
         throw AppError(ErrorNumber::RequiredField, "The index " + indexName(index) + " of table " +
                                                        definition().name +
                                                        " needs a value in each of its fields.");
+    }
     if (key.bytes.size() > IndexTree::maxKeySize(m_table.format()))
         throw AppError(ErrorNumber::FieldTooSmall, "The value is too long for the index " + indexName(index) +
                                                        " of table " + definition().name + ".");
-    if (stored.isUnique() && key.stored && !key.allNull && m_table.tree(index).contains(key.bytes, except))
+    if (stored.isUnique() && key.stored && !key.allNull && m_table.tree(index).contains(key.bytes, except)) {
         throw AppError(ErrorNumber::DuplicateKey, "The table " + definition().name +
                                                       " already has a row with this key (index " +
                                                       indexName(index) + ").");
+    }
 }
 
 /// The length of a row is known before its long values are stored: each takes a descriptor, short ones follow
@@ -212,11 +214,12 @@ void RowWriter::checkSize(std::span<const StoredField> fields) const
             continue;
         bytes.resize(kLongValueDescriptor + (bytes.size() <= format.inlineLongValue ? bytes.size() : 0));
     }
-    if (encodeRow(m_table.layout, shape).size() > format.maxRowSize)
+    if (encodeRow(m_table.layout, shape).size() > format.maxRowSize) {
         throw AppError(ErrorNumber::RowTooLarge, "The row is too long for table " + definition().name +
                                                      ": the texts of one row have at most about " +
                                                      (format.isJet3() ? "2000" : "4000") +
                                                      " bytes together.");
+    }
 }
 
 RowView RowWriter::requireRow(RowId id)
