@@ -4,6 +4,7 @@
 #include "data/column_value.h"
 #include "data/jet/page_store.h"
 
+#include <algorithm>
 #include <exception>
 #include <optional>
 #include <utility>
@@ -110,7 +111,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kMostAhead = 32;
+    static constexpr std::size_t kMostAhead = 128;
 
     void begin()
     {
@@ -124,9 +125,10 @@ private:
         const jet::ReadScope reading(*m_file->database);
         try {
             for (; m_rowsAhead < kMostAhead && m_query->next(); ++m_rowsAhead) {
-                m_ahead.resize(kMostAhead * columns().size()); // once: later rows take the places of others
+                const std::size_t first = m_rowsAhead * columns().size();
+                m_ahead.resize(std::max(m_ahead.size(), first + columns().size()));
                 for (std::size_t column = 0; column < columns().size(); ++column)
-                    m_ahead[m_rowsAhead * columns().size() + column] = m_query->value(column);
+                    m_ahead[first + column] = m_query->value(column);
             }
         } catch (const AppError &) {
             // Reported when the rows in front of the failing one have been given.
@@ -139,7 +141,7 @@ private:
     std::shared_ptr<OpenedFile> m_file;
     std::string m_text;
     std::unique_ptr<sql::Query> m_query;
-    std::vector<Value> m_ahead;  ///< the fields of the rows read ahead, row behind row
+    std::vector<Value> m_ahead;  ///< the fields of the rows read ahead, row behind row, and of earlier ones
     std::size_t m_rowsAhead = 0; ///< 0: the current row is that of the query
     std::size_t m_place = 0;     ///< of the current row among them
     std::exception_ptr m_failure;

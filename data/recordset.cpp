@@ -157,6 +157,8 @@ void Recordset::remove()
 std::size_t Recordset::position(std::string_view name) const
 {
     const auto &columns = m_rows->columns();
+    if (m_lastAsked < m_following.size() && equalNoCase(columns[m_following[m_lastAsked]], name))
+        return m_lastAsked = m_following[m_lastAsked];
     const auto found = std::find_if(columns.begin(), columns.end(),
                                     [name](const std::string &column) { return equalNoCase(column, name); });
     if (found == columns.end()) {
@@ -165,7 +167,10 @@ std::size_t Recordset::position(std::string_view name) const
                            "The field " + std::string(name) + " is not among the fields that were read.");
         });
     }
-    return static_cast<std::size_t>(found - columns.begin());
+    const auto column = static_cast<std::size_t>(found - columns.begin());
+    m_following.resize(columns.size());
+    m_following[m_lastAsked] = column;
+    return m_lastAsked = column;
 }
 
 void Recordset::writePending()

@@ -76,6 +76,10 @@ private:
     bool m_empty = true;
     bool m_adding = false;
     std::vector<std::pair<std::size_t, Value>> m_pending;
+    /// For each column the one that was asked for after it the last time, since the fields of every row are
+    /// asked for in the same sequence; empty before the first.
+    mutable std::vector<std::size_t> m_following;
+    mutable std::size_t m_lastAsked = 0;
 };
 
 } // namespace data

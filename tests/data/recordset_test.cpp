@@ -3,6 +3,7 @@
 #include <QTest>
 
 #include "common/db.h"
+#include "common/format.h"
 #include "data/jet/field_default.h"
 #include "data/recordset.h"
 #include "tests/jet/column_property.h"
@@ -64,6 +65,21 @@ private slots:
             QCOMPARE(errorOf([&] { none.moveNext(); }), ErrorNumber::NoCurrentRow);
             QCOMPARE(errorOf([&] { static_cast<void>(none.field("SDC")); }), ErrorNumber::NoCurrentRow);
             QCOMPARE(errorOf([&] { none.remove(); }), ErrorNumber::NoCurrentRow);
+        }
+    }
+
+    /// Of two columns of one name the first is meant, whatever was asked for before.
+    void fieldsAreFoundInAnySequence()
+    {
+        Recordset rows("Select * from Mast_Heads left join Mast_Ledgers on Mast_Heads.HeadCode = "
+                       "Mast_Ledgers.HeadCode",
+                       m_connection);
+        for (const std::string head : {"10", "20", "30"}) {
+            for (const char *name : {"LedgName", "HeadCode", "Town", "headCODE", "AcClosed", "HeadCode"}) {
+                QCOMPARE(toText(rows.field(name)), equalNoCase(name, "HeadCode") ? head : std::string());
+            }
+            QCOMPARE(errorOf([&] { static_cast<void>(rows.field("Head")); }), ErrorNumber::FieldNotFound);
+            rows.moveNext();
         }
     }
 
