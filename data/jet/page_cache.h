@@ -46,7 +46,6 @@ public:
     /// is not in memory.
     void expect(PageNo page) const
     {
-        constexpr std::size_t kLine = 64;
         if (const PageFrame *frame = m_directory.find(page)) {
             for (std::size_t at = 0; at < sizeof(PageFrame) + frame->size; at += kLine)
                 __builtin_prefetch(reinterpret_cast<const std::byte *>(frame) + at);
@@ -82,6 +81,9 @@ private:
     friend class WriteLock;
     friend class WriteScope;
     struct Impl;
+
+    /// Bytes that the processor fetches at a time.
+    static constexpr std::size_t kLine = 64;
 
     [[nodiscard]] PagePin load(PageNo page);
 
