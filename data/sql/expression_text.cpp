@@ -176,13 +176,12 @@ std::string ExpressionText::product(const Expr &expr)
 
 std::string ExpressionText::aggregate(const Expr &expr)
 {
+    if (expr.kind == Kind::Sum && !m_sum.empty())
+        return m_sum;
     const std::string name(aggregateName(expr));
     if (expr.operands.empty())
         return name + "(*)";
-    const Expr &operand = *expr.operands.front();
-    if (!m_sums.empty())
-        return name + "(" + m_sums + ")";
-    const std::string call = name + "(" + sortable(operand) + ")";
+    const std::string call = name + "(" + sortable(*expr.operands.front()) + ")";
     return isText(expr.type) ? "(" + call + " COLLATE jet)" : call;
 }
 

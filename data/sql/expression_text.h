@@ -17,8 +17,8 @@ public:
     [[nodiscard]] std::string sortable(const Expr &expr);
     [[nodiscard]] std::string condition(const Expr &expr);
 
-    /// From here on every Sum is written as the sum of this expression, which gives sums.
-    void sumOver(std::string sums) { m_sums = std::move(sums); }
+    /// From here on this is written in place of every Sum.
+    void writeSumsAs(std::string sum) { m_sum = std::move(sum); }
 
     [[nodiscard]] static std::string columnName(ColumnRef column);
     [[nodiscard]] const std::vector<Parameter> &parameters() const { return m_parameters; }
@@ -39,7 +39,7 @@ private:
     std::string beginning(const Expr &comparison);
 
     std::vector<Parameter> m_parameters;
-    std::string m_sums;
+    std::string m_sum; ///< empty: a Sum is written as it stands
 };
 
 } // namespace sql

@@ -13,13 +13,6 @@
 namespace sql {
 namespace {
 
-std::string_view textOf(sqlite3_value *value)
-{
-    const auto *text = reinterpret_cast<const char *>(sqlite3_value_text(value));
-    return text ? std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)))
-                : std::string_view();
-}
-
 int compare(void *data, int sizeA, const void *a, int sizeB, const void *b)
 {
     auto &context = *static_cast<FunctionContext *>(data);

@@ -171,12 +171,7 @@ double RunningQuery::number(std::size_t column) const
 
 std::string_view RunningQuery::text(std::size_t column) const
 {
-    const auto *text =
-        reinterpret_cast<const char *>(sqlite3_column_text(m_statement.get(), static_cast<int>(column)));
-    if (!text)
-        return {};
-    return {text,
-            static_cast<std::size_t>(sqlite3_column_bytes(m_statement.get(), static_cast<int>(column)))};
+    return textOf(m_statement.get(), static_cast<int>(column));
 }
 
 jet::RowId RunningQuery::rowId() const

@@ -63,10 +63,11 @@ public:
     {
         for (const Source &source : m_statement.sources)
             m_result.tables.push_back(source.definition);
-        collectConditions();
         m_sumJoin = findSumJoin(m_statement);
+        m_groupsAreRows = m_sumJoin && m_sumJoin->groupsAreRows;
         if (m_sumJoin)
-            m_text.sumOver(sumCall());
+            m_text.writeSumsAs(m_groupsAreRows ? sumCall() : "sum(" + sumCall() + ")");
+        collectConditions();
         std::string &sql = m_result.sql;
         sql = "SELECT ";
         if (m_statement.kind == Statement::Kind::Delete)
@@ -94,7 +95,8 @@ private:
         std::vector<const Expr *> having;
         addConjuncts(*m_statement.having, having);
         for (const Expr *condition : having) {
-            const bool summed = anyOf(*condition, [](const Expr &inner) { return inner.isAggregate(); });
+            const bool summed =
+                !m_groupsAreRows && anyOf(*condition, [](const Expr &inner) { return inner.isAggregate(); });
             // Without Group By there is one group even when no row is left, so nothing may be tested earlier.
             (summed || m_statement.groupBy.empty() ? m_having : m_where).push_back(condition);
         }
@@ -227,6 +229,8 @@ private:
 
     void writeGroups()
     {
+        if (m_groupsAreRows)
+            return;
         std::string_view keyword = " GROUP BY ";
         for (const ExprPtr &group : m_statement.groupBy) {
             m_result.sql += keyword;
@@ -270,6 +274,7 @@ private:
     Rewritten m_result;
     ExpressionText m_text;
     std::optional<SumJoin> m_sumJoin;
+    bool m_groupsAreRows = false; ///< what is summed up stands in single rows: nothing is grouped
     std::vector<const Expr *> m_where;
     std::vector<const Expr *> m_having;
     std::vector<std::size_t> m_itemColumns; ///< first result column of each item

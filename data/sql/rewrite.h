@@ -10,6 +10,7 @@
 // - Conditions of Having that concern no sum are tested before grouping; the result is the same.
 // - A Left join whose missing rows the conditions sort out anyway is run as an inner join.
 // - A Left join whose second table is met in a Sum only is not run: a sum by key stands for it (sum_join.h).
+//   Groups that are single rows then anyway are not made.
 // - The order is made complete: rows that Order By leaves equal keep the stored order (of the first table,
 // then of the
 //   next), groups the order of the grouped fields.

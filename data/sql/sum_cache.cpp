@@ -3,6 +3,7 @@
 #include "common/errors.h"
 #include "data/jet/column_scan.h"
 #include "data/jet/page_store.h"
+#include "data/sql/transport.h"
 
 #include <sstream>
 #include <vector>
@@ -80,9 +81,7 @@ namespace {
 
 void giveSum(sqlite3_context *context, SumCache &cache, sqlite3_value *which, std::int64_t key)
 {
-    const SumCache::Sum *sum = cache.find({reinterpret_cast<const char *>(sqlite3_value_text(which)),
-                                           static_cast<std::size_t>(sqlite3_value_bytes(which))},
-                                          key);
+    const SumCache::Sum *sum = cache.find(textOf(which), key);
     if (sum == nullptr || !sum->hasValue)
         return sqlite3_result_null(context);
     if (sum->overflown)

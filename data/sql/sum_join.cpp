@@ -89,7 +89,26 @@ std::optional<SumJoin> keysOf(const Statement &statement)
         std::swap(first, second);
     if (first->column.source != from.first->source || second->column.source != from.second->source)
         return {};
-    return SumJoin{first->column, second->column, {}};
+    return SumJoin{first->column, second->column, {}, false};
+}
+
+/// True when no two rows of a table are in one group. By an index over whole numbers only: in those the index
+/// and the grouping agree on which values are equal.
+bool groupsByKey(const Statement &statement, std::size_t source)
+{
+    const jet::TableDefinition &table = *statement.sources[source].definition;
+    const auto isGrouped = [&](const jet::IndexColumn &key) {
+        const auto position = table.findNumber(key.column);
+        return position && isWhole(table.columns[*position].type()) &&
+               std::any_of(statement.groupBy.begin(), statement.groupBy.end(), [&](const ExprPtr &group) {
+                   return group->kind == Kind::Column && group->column == ColumnRef{source, *position};
+               });
+    };
+    return std::any_of(table.storedIndexes.begin(), table.storedIndexes.end(),
+                       [&](const jet::StoredIndex &index) {
+                           return index.isUnique() && index.isRequired() && !index.columns.empty() &&
+                                  std::all_of(index.columns.begin(), index.columns.end(), isGrouped);
+                       });
 }
 
 } // namespace
@@ -118,6 +137,7 @@ std::optional<SumJoin> findSumJoin(const Statement &statement)
             finder.look(*order.expr);
     }
     join->terms = std::move(finder).terms();
+    join->groupsAreRows = groupsByKey(statement, join->outerKey.source);
     return join->terms.empty() ? std::nullopt : join;
 }
 

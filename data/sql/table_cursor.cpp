@@ -1,10 +1,16 @@
 #include "data/sql/table_cursor.h"
 
+#include "data/jet/page_store.h"
+
 #include <algorithm>
+#include <array>
 #include <string>
 
 namespace sql {
 namespace {
+
+/// Rows that are fetched from memory together.
+constexpr std::size_t kAhead = 16;
 
 /// The ASCII letters, digits and blanks at the start of a text. Their keys hold nothing but their weights, so
 /// every text that begins with them, in any case, has a key that is not below theirs.
@@ -157,6 +163,8 @@ void TableCursor::next()
 bool TableCursor::nextPlace()
 {
     while (m_nextPlace < m_places.size()) {
+        if (m_nextPlace % kAhead == 0)
+            expectPlaces();
         // A row that was deleted since its place was gathered is passed over.
         if (auto row = m_table->fetch(jet::RowId::fromPointer(m_places[m_nextPlace++]))) {
             m_fetched = std::move(*row);
@@ -164,6 +172,17 @@ bool TableCursor::nextPlace()
         }
     }
     return false;
+}
+
+/// Has the processor fetch the next rows: the places are spread over all pages of the table.
+void TableCursor::expectPlaces() const
+{
+    std::array<jet::RowId, kAhead> rows{};
+    const std::size_t count = std::min(kAhead, m_places.size() - m_nextPlace);
+    std::transform(m_places.begin() + static_cast<std::ptrdiff_t>(m_nextPlace),
+                   m_places.begin() + static_cast<std::ptrdiff_t>(m_nextPlace + count), rows.begin(),
+                   jet::RowId::fromPointer);
+    m_space->database->store().cache().expect(std::span(rows).first(count));
 }
 
 bool TableCursor::isBehindBeginning() const

@@ -33,6 +33,7 @@ private:
     [[nodiscard]] std::vector<std::uint32_t> inOrder(const std::vector<OrderTerm> &order);
     void openBeginning(sqlite3_value *value, const IndexInfo &index, std::size_t key, jet::KeyRange &range);
     [[nodiscard]] bool nextPlace();
+    void expectPlaces() const;
     [[nodiscard]] bool isBehindBeginning() const;
     [[nodiscard]] Bound bound(sqlite3_value *value, int field, BoundSide side) const;
 

@@ -173,13 +173,26 @@ Bound booleanBound(double value, BoundSide side)
     return possible ? Bound{Bound::Kind::Value, value != 0.0} : Bound{Bound::Kind::None};
 }
 
-std::string textOf(sqlite3_value *value)
+/// A blob of no bytes has no address, but a text has one: given back to SQLite without it, it would be null.
+std::string_view textAt(const void *bytes, int count)
 {
-    const auto *text = reinterpret_cast<const char *>(sqlite3_value_text(value));
-    return text ? std::string(text, static_cast<std::size_t>(sqlite3_value_bytes(value))) : std::string();
+    return bytes ? std::string_view(static_cast<const char *>(bytes), static_cast<std::size_t>(count))
+                 : std::string_view("");
 }
 
 } // namespace
+
+std::string_view textOf(sqlite3_value *value)
+{
+    const void *bytes = sqlite3_value_blob(value); // first: it may bring a number to the form of a text
+    return textAt(bytes, sqlite3_value_bytes(value));
+}
+
+std::string_view textOf(sqlite3_stmt *statement, int column)
+{
+    const void *bytes = sqlite3_column_blob(statement, column);
+    return textAt(bytes, sqlite3_column_bytes(statement, column));
+}
 
 void giveField(sqlite3_context *context, const jet::RowView &row, std::size_t position, ColumnType type)
 {
@@ -230,10 +243,8 @@ Value takeValue(sqlite3_stmt *statement, int column, ColumnType type)
     case ColumnType::DateTime:
         return Date::fromSerial(sqlite3_column_double(statement, column));
     case ColumnType::Text:
-    case ColumnType::Memo: {
-        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement, column));
-        return std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
-    }
+    case ColumnType::Memo:
+        return std::string(textOf(statement, column));
     default:
         return takeBytes(statement, column, type);
     }
@@ -268,7 +279,7 @@ Bound boundFor(sqlite3_value *value, ColumnType type, BoundSide side)
     if (kind == SQLITE_NULL)
         return {Bound::Kind::None}; // no comparison with null holds
     if (type == ColumnType::Text)
-        return kind == SQLITE_TEXT ? Bound{Bound::Kind::Value, textOf(value)} : Bound{};
+        return kind == SQLITE_TEXT ? Bound{Bound::Kind::Value, std::string(textOf(value))} : Bound{};
     if (kind != SQLITE_INTEGER && kind != SQLITE_FLOAT)
         return {};
     switch (type) {

@@ -15,8 +15,14 @@
 #include "data/sql/sqlite_handles.h"
 
 #include <optional>
+#include <string_view>
 
 namespace sql {
+
+/// The bytes of a text, "" for null; valid until the value or the row changes. They are asked for as a blob:
+/// for a text SQLite would put a zero behind them first, and for that move them to a larger place.
+[[nodiscard]] std::string_view textOf(sqlite3_value *value);
+[[nodiscard]] std::string_view textOf(sqlite3_stmt *statement, int column);
 
 /// Hands a stored field to SQLite.
 void giveField(sqlite3_context *context, const jet::RowView &row, std::size_t position, jet::ColumnType type);

@@ -322,8 +322,12 @@ Twin RandomTest::statement(Generator &random, bool &ordered)
         const char *having =
             random.oneOf({"", " having Grp > 3", " having Grp > 0 and Name = 'a'", " having Sum(B.Id) > 20",
                           " having Name is null or Sum(B.Id) is null"});
+        // With A's key among them the groups are single rows, where A has an index that says so.
+        const std::string groups = random.oneOf({"Name, Grp", "Name, A.Id, Grp", "A.Id, Name, Grp"});
+        ordered = true;
         return same("Select Name, ") + sum + ", Grp from A" + join + "B on " + on +
-               (random.chance(40) ? where(false) : Twin{}) + " group by Name, Grp" + having;
+               (random.chance(40) ? where(false) : Twin{}) + same(" group by " + groups) + having +
+               Twin{"", " order by " + groups};
     }
     default: {
         const char *having =
