@@ -1,6 +1,7 @@
 #include "output/libreoffice/calc.h"
 
 #include "output/libreoffice/workbook_file.h"
+#include "output/workbook_lock.h"
 
 #include <com/sun/star/beans/PropertyValue.hpp>
 #include <com/sun/star/beans/XPropertySet.hpp>
@@ -251,6 +252,7 @@ void Calc::open(const std::string &file, SpreadsheetApplication::Access access)
 {
     close();
     const bool writes = access == SpreadsheetApplication::Access::Write;
+    requireFree(file); // The office itself would read it, without a word.
     const WorkbookKind kind = workbookKind(file);
     const std::string cannot = "The file " + file + " cannot be opened";
     rtl::Reference<Questions> questions(new Questions);

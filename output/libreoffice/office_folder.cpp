@@ -1,15 +1,14 @@
 #include "output/libreoffice/office_folder.h"
 
 #include "common/errors.h"
+#include "output/workbook_lock.h"
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -23,8 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder is made under the second name and gets the first once it is locked.
-constexpr const char *kPrefix = "velk-office-";
+/// A folder is made under this name and gets its own once it is locked.
 constexpr const char *kMadePrefix = "velk-newoffice-";
 constexpr const char *kNote = "workbook"; ///< in the folder: the office's process and the file it writes
 
@@ -53,48 +51,20 @@ std::vector<fs::path> places()
     return found;
 }
 
-/// A descriptor that holds the folder's lock, -1 when another has it.
-int lockFolder(const fs::path &folder)
-{
-    const int opened = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (opened >= 0 && ::flock(opened, LOCK_EX | LOCK_NB) != 0) {
-        ::close(opened);
-        return -1;
-    }
-    return opened;
-}
-
 bool isOwn(const fs::path &path)
 {
     struct stat status = {};
     return ::lstat(path.c_str(), &status) == 0 && status.st_uid == ::getuid();
 }
 
-std::string machineName()
-{
-    std::array<char, 256> name{};
-    return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
-
-/// Removes the mark that LibreOffice keeps beside a workbook in use, if it was left by a dead run of this
-/// program on this machine: the mark names the run's own folder, and that is gone or the one given.
+/// Removes the mark that an office keeps beside a workbook in use, if a dead run of this program has left it:
+/// the one of the folder given, or any other.
 void removeStaleMark(const std::string &file, const fs::path &dead = {})
 {
-    const fs::path path(file);
-    const fs::path mark = path.parent_path() / (".~lock." + path.filename().string() + "#");
-    std::ifstream stream(mark);
-    std::string content;
-    std::getline(stream, content);
-    // Fields: name, system user, machine, time, the office's own folder as a URL.
-    const std::size_t from = content.find("file://");
-    if (from == std::string::npos || content.find("," + machineName() + ",") == std::string::npos)
-        return;
-    std::string folder = content.substr(from + std::strlen("file://"));
-    folder.resize(std::min(folder.find(';'), folder.size()));
-    std::error_code error;
-    const bool ofOurs = folder.find(std::string("/") + kPrefix) != std::string::npos;
-    if (ofOurs && (fs::path(folder).parent_path() == dead || !fs::exists(fs::path(folder), error)))
-        fs::remove(mark, error);
+    const auto mark = markOf(file);
+    std::error_code ignored;
+    if (mark && isOfDeadRun(*mark, dead))
+        fs::remove(mark->file, ignored);
 }
 
 /// Saving, the office writes a copy of this name beside the workbook, which it then renames.
@@ -130,7 +100,7 @@ void removeLeftFolders(const fs::path &place)
     std::error_code error;
     for (fs::directory_iterator entry(place, error); !error && entry != fs::directory_iterator();
          entry.increment(error)) {
-        if (!entry->path().filename().string().starts_with(kPrefix) || !isOwn(entry->path()))
+        if (!entry->path().filename().string().starts_with(kOfficePrefix) || !isOwn(entry->path()))
             continue;
         if (const int lock = lockFolder(entry->path()); lock >= 0) {
             removeFolder(entry->path());
@@ -163,7 +133,7 @@ void removeDeadSockets()
     for (fs::directory_iterator entry("/tmp", error); !error && entry != fs::directory_iterator();
          entry.increment(error)) {
         const std::string name = entry->path().filename().string();
-        const bool ours = name.starts_with(own + kPrefix) || name.starts_with(own + "SingleOfficeIPC_");
+        const bool ours = name.starts_with(own + kOfficePrefix) || name.starts_with(own + "SingleOfficeIPC_");
         if (ours && isOwn(entry->path()) && !answers(entry->path())) {
             std::error_code ignored;
             fs::remove(entry->path(), ignored);
@@ -184,7 +154,7 @@ OfficeFolder::OfficeFolder()
             continue;
         m_lock = lockFolder(made);
         const std::string number = made.substr(made.size() - std::strlen("XXXXXX"));
-        m_path = place / (kPrefix + number);
+        m_path = place / (kOfficePrefix + number);
         std::error_code error;
         fs::rename(made, m_path, error);
         if (!error)

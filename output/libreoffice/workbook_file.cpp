@@ -43,7 +43,10 @@ std::string firstBytes(const std::string &file)
     if (!stream)
         stop(std::strerror(errno));
     std::array<char, 128> bytes{};
+    errno = 0;
     stream.read(bytes.data(), bytes.size());
+    if (stream.bad())
+        stop(std::strerror(errno)); // not taken for an empty file
     return {bytes.data(), static_cast<std::size_t>(stream.gcount())};
 }
 

@@ -20,11 +20,18 @@ private slots:
     void anImportIsAskedForFirst();
     void aMissingOfficeIsNamedAndLittleNeedsIt();
     void anErrorLeavesTheButtonDisabledAndTheFormUsable();
+    void whatCannotBeReadIsNamedAndLeavesAnEmptyGrid();
+    void aQuoteInACodeEndsTheImport();
     void anImportedOrderKeepsItsLinesThroughSaveAndExport();
 
 private:
     /// Makes "name.xls" from sheets of rows of cells; a cell that begins with "=" is a formula.
     QString makeWorkbook(const char *name, const QList<QPair<QString, QList<QStringList>>> &sheets);
+    /// The same with a sheet "ORDER" of these codes, 2 pieces each at a rate of 10.
+    QString makeOrderSheet(const char *name, const QStringList &codes);
+    /// Presses the import button, chooses the file and says yes; what was shown after the question.
+    static QStringList import(OrderDesk &desk, const QString &file);
+    static void checkUsable(const OrderDesk &desk);
 
     Office m_machine; // first, because it sets the place of the office's files
     output::LibreOffice m_office{Office::settings()};
@@ -73,6 +80,30 @@ QString frmOrdSheetsTest::makeWorkbook(const char *name,
          m_folder.path(), source});
     convert.waitForFinished(180'000);
     return m_folder.filePath(QLatin1String(name)) + QStringLiteral(".xls");
+}
+
+QString frmOrdSheetsTest::makeOrderSheet(const char *name, const QStringList &codes)
+{
+    const QString line = QStringLiteral("%1|x|1|10|2");
+    QList<QStringList> rows = {QStringLiteral("PC|PN|MOQ|RATE|QTY").split(QLatin1Char('|'))};
+    for (const QString &code : codes)
+        rows << line.arg(code).split(QLatin1Char('|'));
+    return makeWorkbook(name, {{QStringLiteral("ORDER"), rows}});
+}
+
+QStringList frmOrdSheetsTest::import(OrderDesk &desk, const QString &file)
+{
+    desk.dialogs.fileToOpen = file.toStdString();
+    desk.dialogs.answers << true;
+    desk.control<QAbstractButton>("cmdImp")->click();
+    return desk.dialogs.takeShown().mid(1);
+}
+
+void frmOrdSheetsTest::checkUsable(const OrderDesk &desk)
+{
+    QVERIFY(!QApplication::overrideCursor() && desk.form->cursor().shape() == Qt::ArrowCursor);
+    QVERIFY(!desk.control("Pb")->isVisible());
+    QVERIFY(desk.control("cmdImp")->isEnabled() && desk.control("fgList")->isEnabled());
 }
 
 void frmOrdSheetsTest::anImportIsAskedForFirst()
@@ -146,6 +177,71 @@ void frmOrdSheetsTest::anErrorLeavesTheButtonDisabledAndTheFormUsable()
     desk.control<QAbstractButton>("cmdImp")->click();
     QCOMPARE(desk.dialogs.errors.constLast(), static_cast<int>(ErrorNumber::SheetNotFound));
     QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
+}
+
+void frmOrdSheetsTest::whatCannotBeReadIsNamedAndLeavesAnEmptyGrid()
+{
+    NEED_OFFICE();
+    OrderDesk desk;
+    desk.context.spreadsheets = &m_office;
+    desk.open();
+    const QString good = makeOrderSheet("good", {QStringLiteral("CLT-100")});
+    const QString line = QStringLiteral("1|CLT-100|CLUTCH PLATE|0|0|2|0|0|1|2|10|20.00");
+    const auto file = [this](const char *name, const QByteArray &bytes) {
+        QFile made(m_folder.filePath(QLatin1String(name)));
+        if (!made.open(QFile::WriteOnly) || made.write(bytes) != bytes.size())
+            qFatal("cannot write %s", name);
+        return made.fileName();
+    };
+    const QString locked = m_folder.filePath(QStringLiteral("locked.xls"));
+    QVERIFY(QFile::copy(good, locked));
+    const QString mark = file(".~lock.locked.xls#", ",meena,counter,01.01.2026 10:00,file:///home/meena/4;");
+    const std::pair<QString, const char *> cases[] = {
+        {locked, "cannot be opened: it is in use by meena on counter."},
+        {file("text.xls", "PC,PN,MOQ,RATE,QTY"), "is not a spreadsheet"},
+        {file("cut.xls", QByteArray::fromHex("D0CF11E0A1B11AE1")), "damaged"}};
+    for (const auto &[name, reason] : cases) {
+        QCOMPARE(import(desk, good), QStringList(QStringLiteral("Imported")));
+        QCOMPARE(desk.row(1), line);
+        const QStringList shown = import(desk, name);
+        QCOMPARE(desk.dialogs.errors.takeLast(), static_cast<int>(ErrorNumber::Workbook));
+        QVERIFY2(shown.size() == 1 && shown[0].contains(name) && shown[0].contains(QLatin1String(reason)),
+                 qPrintable(shown.join(QLatin1Char('\n'))));
+        QCOMPARE(desk.lines()->rowCount(), 1);
+        QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
+        checkUsable(desk);
+    }
+    QVERIFY(QFile::remove(mark));
+    QCOMPARE(import(desk, locked), QStringList(QStringLiteral("Imported")));
+    QCOMPARE(desk.row(1), line);
+    QVERIFY(desk.dialogs.errors.isEmpty());
+}
+
+void frmOrdSheetsTest::aQuoteInACodeEndsTheImport()
+{
+    NEED_OFFICE();
+    OrderDesk desk;
+    desk.context.spreadsheets = &m_office;
+    desk.dealer.year("Y26").item(90, "O'RING 5").item(91, "GSK*7");
+    desk.open();
+    const auto codes = [](const char *all) { return QString::fromLatin1(all).split(QLatin1Char('|')); };
+    const QString quote = makeOrderSheet("quote", codes("CLT-100|O'RING 5|BRK-20"));
+    const QStringList shown = import(desk, quote);
+    QCOMPARE(desk.dialogs.errors.takeLast(), static_cast<int>(ErrorNumber::StatementNotUnderstood));
+    QVERIFY2(shown.size() == 1 && shown[0].contains(QStringLiteral("quotation mark")),
+             qPrintable(shown.join(QLatin1Char('\n'))));
+    // The line before it stays, with the entry row behind it.
+    QCOMPARE(desk.lines()->rowCount(), 2);
+    QCOMPARE(desk.row(1), QStringLiteral("1|CLT-100|CLUTCH PLATE|0|0|2|0|0|1|2|10|20.00"));
+    QTRY_COMPARE(desk.text("lblNetTotal"), QStringLiteral("20.00"));
+    checkUsable(desk);
+
+    const QString wild = makeOrderSheet("wild", codes("GSK*|%|GSK*7|BRK-2_|BRK-20"));
+    QCOMPARE(import(desk, wild), QStringList(QStringLiteral("Imported")));
+    QCOMPARE(desk.lines()->rowCount(), 3);
+    QCOMPARE(desk.cell(1, orders::kColPartNo), QStringLiteral("GSK*7"));
+    QCOMPARE(desk.cell(2, orders::kColPartNo), QStringLiteral("BRK-20"));
+    QVERIFY(desk.dialogs.errors.isEmpty());
 }
 
 void frmOrdSheetsTest::anImportedOrderKeepsItsLinesThroughSaveAndExport()
