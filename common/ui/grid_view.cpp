@@ -202,6 +202,7 @@ void GridView::layOutColumns()
     if (!m_model)
         return;
     verticalHeader()->setDefaultSectionSize(qCeil(QFontMetricsF(font()).height() * kRowHeight));
+    const int room = viewport()->width();
     std::map<int, int> widths = naturalWidths();
     int together = 0;
     for (int column = 0; column < m_grid.columns(); ++column) {
@@ -209,7 +210,7 @@ void GridView::layOutColumns()
         setColumnHidden(column, width == widths.end());
         together += width == widths.end() ? 0 : width->second;
     }
-    const int spare = m_stretchColumns.empty() ? 0 : qMax(0, viewport()->width() - together);
+    const int spare = m_stretchColumns.empty() ? 0 : qMax(0, room - together);
     int left = spare;
     for (auto &[column, width] : widths) {
         // On a wide screen all columns grow a little, or the figures would end up far from their names.
@@ -228,6 +229,13 @@ void GridView::layOutColumns()
     }
     for (const auto &[column, width] : widths)
         setColumnWidth(column, width);
+    // A scroll bar may have come or gone with the first width that was set: what followed undid the round for
+    // the new room that this brought about.
+    if (viewport()->width() != room && !m_again) {
+        m_again = true;
+        layOutColumns();
+        m_again = false;
+    }
 }
 
 } // namespace ui

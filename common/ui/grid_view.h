@@ -79,6 +79,7 @@ private:
     std::set<int> m_stretchColumns;
     std::map<int, QString> m_widestTexts;
     std::pair<int, int> m_reported{-1, -1};
+    bool m_again = false; ///< the columns are laid out a second time
 };
 
 } // namespace ui
