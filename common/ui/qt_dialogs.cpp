@@ -5,10 +5,13 @@
 #include "common/ui/text.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
+#include <QHeaderView>
 #include <QMessageBox>
+#include <QTreeView>
 
 namespace ui {
 
@@ -94,6 +97,17 @@ void prepare(QFileDialog &box, const char *name)
     box.setObjectName(QLatin1String(name));
     // Not the desktop's own box, which could neither be reached by name nor look the same everywhere.
     box.setOption(QFileDialog::DontUseNativeDialog);
+    // Left as they are, dates are cut in the middle and names are short of room.
+    constexpr int kDate = 3;
+    constexpr QSize kCharacters(120, 32);
+    const QFontMetrics metrics = box.fontMetrics();
+    if (auto *files = box.findChild<QTreeView *>(QStringLiteral("treeView"))) {
+        const QDateTime wide(QDate(2026, 11, 30), QTime(22, 22, 22));
+        const QString text = QLocale::system().toString(wide, QLocale::ShortFormat) + QStringLiteral("00");
+        files->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+        files->header()->resizeSection(kDate, files->fontMetrics().horizontalAdvance(text));
+    }
+    box.resize(metrics.averageCharWidth() * kCharacters.width(), metrics.height() * kCharacters.height());
 }
 
 /// The file that the user chooses, or "".

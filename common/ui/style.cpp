@@ -58,7 +58,7 @@ QLabel[heading="true"] { background: #1f5f7a; color: white; padding: 6px 12px; f
 QLabel[heading="true"][mood="1"] { background: #7a5212; }
 QLabel[heading="true"][mood="2"] { background: #5b3f73; }
 QPushButton { padding: 4px 14px; min-height: 1.3em; }
-QPushButton:focus { border: 2px solid #1f5f7a; border-radius: 3px; background: #dcebf1; }
+QPushButton:focus { border: 2px solid #1f5f7a; border-radius: 3px; background: #dcebf1; padding: 2px 12px; outline: 0; }
 QHeaderView::section { background: #dde5e9; color: #1f2326; border: 0; border-right: 1px solid #c3ced4;
     border-bottom: 1px solid #c3ced4; padding: 4px 3px; }
 QTableView { gridline-color: #dfe4e7; selection-background-color: #1f5f7a; selection-color: white; }
