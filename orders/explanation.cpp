@@ -4,6 +4,7 @@
 #include "orders/scratch_row.h"
 #include "orders/suggestion.h"
 
+#include "common/errors.h"
 #include "common/null_safe.h"
 #include "common/numbers.h"
 #include "data/recordset.h"
@@ -239,23 +240,27 @@ void Explainer::addSteps(const ProposalRequest &request, const Findings &finding
         return end(Outcome::OtherType, {});
 
     const Currency outgoing = m_statistics.Stk_OutQty(request.period, findings.item);
+    const double cover = leadingNumber(request.cover);
+    const auto leftOut = [&](Outcome outcome) {
+        addAlone(outgoing, cover, request.months, explanation);
+        end(outcome, {});
+    };
     line("Went out in the period", outgoing.toText(),
          request.period.from.toText() + " to before " + request.period.orderDate.toText());
     if (!findings.loaded)
-        return end(Outcome::NothingWentOut, {});
+        return leftOut(Outcome::NothingWentOut);
 
     const Currency stock = presentStock(m_year, findings.item);
-    const double cover = leadingNumber(request.cover);
     line("Present stock", stock.toText(), "all stock points of " + m_session.DbMst);
     const Need need = needOf(outgoing, stock, findings.loaded->minimum, cover);
     if (need == Need::CoveredByStock)
-        return end(Outcome::StockCoversPeriod, {});
+        return leftOut(Outcome::StockCoversPeriod);
     line("Minimum quantity", findings.loaded->minimum.toText(), "of the item master");
     line("Cover", shortestText(cover), "the months of cover on the form");
     line("Went out x cover", shortestText(outgoing.toDouble() * cover),
          "the stock must be below this or below the minimum");
     if (need == Need::AboveMinimumAndCover)
-        return end(Outcome::AboveMinimumAndCover, {});
+        return leftOut(Outcome::AboveMinimumAndCover);
 
     const Currency average = monthlyAverage(outgoing, request.months);
     line("Months", std::to_string(request.months), "the average months on the form");
@@ -266,6 +271,20 @@ void Explainer::addSteps(const ProposalRequest &request, const Findings &finding
     line("Less present stock", stock.toText(), "");
     const Currency quantity = suggestedQuantity(average, stock, cover);
     end(quantity > Currency() ? Outcome::Proposed : Outcome::CameToZero, quantity);
+}
+
+/// What the part gets by itself, where every part of the type is worked out, needed or not. A figure that
+/// cannot be worked out, a stock beyond any sum for one, is left away: the outcome does not depend on it.
+void Explainer::addAlone(Currency outgoing, double cover, std::int32_t months, Explanation &explanation) const
+{
+    attempt([&] {
+        const Currency average = monthlyAverage(outgoing, months);
+        const Currency stock = presentStock(m_year, explanation.item);
+        explanation.alone = suggestedQuantity(average, stock, cover);
+        explanation.lines.push_back({"Worked out by itself", explanation.alone->toText(),
+                                     "rounded average " + average.toText() + " x cover " +
+                                         shortestText(cover) + " - stock " + stock.toText()});
+    });
 }
 
 } // namespace orders

@@ -44,6 +44,9 @@ struct Explanation
     /// proposed quantity, or 0.
     std::vector<ExplanationLine> lines;
     Currency quantity; ///< proposed; 0 for every outcome but Proposed
+    /// What a part that a fill leaves out gets all the same when it is worked out by itself, as the part
+    /// search does.
+    std::optional<Currency> alone;
 };
 
 class Explainer
@@ -65,6 +68,7 @@ private:
     void lookInto(std::size_t database, const ProposalRequest &request, Findings &findings) const;
     void readMovements(std::size_t database, const Period &period, Findings &findings) const;
     void addSteps(const ProposalRequest &request, const Findings &findings, Explanation &explanation) const;
+    void addAlone(Currency outgoing, double cover, std::int32_t months, Explanation &explanation) const;
     [[nodiscard]] std::optional<std::int32_t> itemOfPart(const std::string &partNumber) const;
 
     const Session &m_session;

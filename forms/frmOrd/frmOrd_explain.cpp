@@ -35,7 +35,7 @@ void frmOrd::cmdWhy_Click()
     if (m_ui->fmWhy->isVisible())
         return closeWhy();
     m_ui->cmdWhy->setChecked(true);
-    m_ui->placeWhy(width()); // The headings have other widths by now.
+    m_ui->placeWhy(size()); // The headings have other widths by now.
     m_ui->fmWhy->show();
     explainLine();
 }
@@ -77,5 +77,10 @@ void frmOrd::showExplanation(const orders::Explanation &explanation)
     const QString outcome = explanation.outcome == orders::Outcome::Proposed
                                 ? tr("%1 proposed.").arg(ui::shown(explanation.quantity.toText()))
                                 : ui::shown(orders::outcomeText(explanation.outcome));
-    m_ui->fmWhy->showSteps(part + QStringLiteral(": ") + outcome, explanation.lines);
+    // Such a line holds a quantity that no fill would have proposed.
+    const QString alone =
+        explanation.alone.value_or(Currency()) > Currency()
+            ? tr(" Worked out by itself it gets %1.").arg(ui::shown(explanation.alone->toText()))
+            : QString();
+    m_ui->fmWhy->showSteps(part + QStringLiteral(": ") + outcome + alone, explanation.lines);
 }

@@ -182,6 +182,7 @@ void compareExplanations(SmallDealership &dealer, const ProposalRequest &request
     statistics.Stk_Items_Load(request.period, 0);
     const QByteArray wentOut = "\n" + rowsOf("Select * From Dum", dealer.conLayouts, {"A66"}) + "\n";
     Explainer explainer(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
+    Proposal single(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
     for (int item = 1; item <= kItems + 3; ++item) {
         const Explanation explanation = explainer.explain(request, item);
         const auto row = proposed.find(item);
@@ -197,6 +198,13 @@ void compareExplanations(SmallDealership &dealer, const ProposalRequest &request
         Period all = request.period;
         all.type = OrderType::All;
         QCOMPARE(explanation.outcome > Outcome::NotInMaster, loads(dealer, statistics, all, item));
+        // By itself the part gets what the line says that holds it.
+        single.analyseItem(request, item);
+        const auto alone = proposedQuantities(dealer);
+        QCOMPARE(alone.contains(item), explanation.outcome > Outcome::OtherType);
+        if (alone.contains(item))
+            QCOMPARE(QByteArray::fromStdString(explanation.alone.value_or(explanation.quantity).toText()),
+                     alone.at(item));
     }
 }
 
