@@ -9,6 +9,7 @@
 
 #include <QHBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -24,6 +25,10 @@ constexpr int kColumns = 6;
 constexpr double kWidthShare = 0.85;
 constexpr double kHeightShare = 0.85;
 constexpr QSize kLeastSize(760, 460);
+/// The list and the vehicles beside it.
+constexpr int kListShare = 4;
+constexpr int kVehicleShare = 1;
+constexpr int kListsGap = 10;
 
 constexpr const char *kFormat =
     "<Part Number                        |<Part Name"
@@ -85,9 +90,9 @@ void frm_Srh_Spares::layOutLists()
     m_fgVeh->setFocusPolicy(Qt::NoFocus);
 
     auto *lists = new QHBoxLayout;
-    lists->setSpacing(10);
-    lists->addWidget(m_fgList, 4);
-    lists->addWidget(m_fgVeh, 1);
+    lists->setSpacing(kListsGap);
+    lists->addWidget(m_fgList, kListShare);
+    lists->addWidget(m_fgVeh, kVehicleShare);
     layOut(lists);
 }
 
@@ -98,9 +103,13 @@ void frm_Srh_Spares::Form_Load()
     session.FoundItemCode = 0;
     session.FoundPartCode.clear();
     session.FoundItemName.clear();
-    fitInto({session.MdiWidth, session.MdiHeight}, kWidthShare, kHeightShare, kLeastSize);
     Design();
     Design_Veh();
+    const QSize mainWindow(session.MdiWidth, session.MdiHeight);
+    // In a small window the list takes what there is, so that the location is in sight.
+    const int wanted = m_fgList->neededWidth() * (kListShare + kVehicleShare) / kListShare + kListsGap;
+    const QSize least(std::min(wanted, mainWindow.width()), kLeastSize.height());
+    fitInto(mainWindow, kWidthShare, kHeightShare, least.expandedTo(kLeastSize));
     ui::guarded(this, [this] { searchFilter(); });
 }
 

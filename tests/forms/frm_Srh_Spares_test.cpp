@@ -27,6 +27,7 @@ private slots:
     void enterTakesThePart();
     void nothingChosenIsNothing_data();
     void nothingChosenIsNothing();
+    void theLocationIsInSightInASmallWindow();
 
 private:
     void show(const char *filter = "");
@@ -177,6 +178,17 @@ void FrmSrhSparesTest::nothingChosenIsNothing()
     QCOMPARE(m_station.session.FoundItemCode, 0);
     QCOMPARE(m_station.session.FoundPartCode, std::string());
     QVERIFY(!m_form->isVisible());
+}
+
+void FrmSrhSparesTest::theLocationIsInSightInASmallWindow()
+{
+    m_station.session.MdiWidth = 940;
+    m_station.session.MdiHeight = 480;
+    show("b");
+    QVERIFY(m_form->width() <= 940);
+    constexpr int kLocation = 3;
+    const int wanted = m_form->fontMetrics().horizontalAdvance(u"Location"_s);
+    QVERIFY(grid()->viewport()->width() - grid()->columnViewportPosition(kLocation) >= wanted);
 }
 
 QTEST_MAIN(FrmSrhSparesTest)
