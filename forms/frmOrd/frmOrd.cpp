@@ -35,7 +35,8 @@ constexpr std::uint8_t kDelete = 3;
 
 constexpr std::uint8_t kSupplierSearch = 10;
 constexpr int kMonths = 12;
-constexpr int kTimerMs = 1000;
+/// A look at the lines costs nothing while they stand still, and a total must not lag behind the hand.
+constexpr int kTimerMs = 200;
 
 /// The key code that Identity knows, 0 for any other key.
 std::int16_t modeKey(const QKeyEvent &key)
@@ -271,6 +272,7 @@ void frmOrd::cmdSup_Click()
     };
     m_ui->txtSName->setText(ledger("LedgName"));
     m_ui->txtPlace->setText(ledger("Town"));
+    m_ui->cmbType->setFocus(Qt::TabFocusReason); // Name and place are filled: the work goes on behind them.
 }
 
 void frmOrd::cmdExit_Click()
@@ -334,7 +336,7 @@ void frmOrd::showEvent(QShowEvent *event)
 void frmOrd::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    m_ui->placeWhy(width());
+    m_ui->placeWhy(size());
 }
 
 void frmOrd::closeEvent(QCloseEvent *event)

@@ -16,6 +16,14 @@ namespace {
 
 constexpr Currency kPause = Currency::fromRaw(Currency::kScale / 2); // half a second
 
+/// "in 0.3 s"; never "in 0.0 s".
+QString workedIn(double seconds)
+{
+    constexpr double kLeastShown = 0.1;
+    return seconds < kLeastShown ? frmOrd::tr("in less than %1 s").arg(kLeastShown)
+                                 : frmOrd::tr("in %1 s").arg(seconds, 0, 'f', 1);
+}
+
 } // namespace
 
 /// The one question that bears the application's title.
@@ -60,12 +68,11 @@ void frmOrd::fillAll()
     m_proposal.fillGrid(m_lines, 1);
 
     const double seconds = static_cast<double>(analysed + watch.elapsed()) / 1000; // the pause is not work
-    showResult(
-        tr("%1 parts looked at, %2 proposed, value %3, in %4 s")
-            .arg(summary.examined)
-            .arg(summary.proposed)
-            .arg(QString::fromStdString(Format_Num(summary.value, 2, BlankIfZero::No, Grouping::Indian)))
-            .arg(seconds, 0, 'f', 1));
+    // The value as the net total shows it.
+    showResult(tr("%1 parts looked at, %2 proposed, value %3, %4")
+                   .arg(summary.examined)
+                   .arg(summary.proposed)
+                   .arg(ui::shown(amountText(summary.value)), workedIn(seconds)));
 }
 
 /// Analyses one item and writes it into a row; the question comes each time, and No leaves the grid

@@ -115,6 +115,9 @@ void frmOrd::fgList_EnterCell()
         hideEditor();
         return;
     }
+    // With the first cell that can be edited the number of the line comes into sight too, if there is room.
+    if (column == kColPartNo)
+        m_ui->fgList->scrollTo(m_ui->fgList->model()->index(row - 1, kColSlNo));
     m_ui->fgList->scrollTo(m_ui->fgList->model()->index(row - 1, column));
     Move_Grid(m_ui->txtItem);
     const bool isText = column == kColPartNo || column == kColPartName;
@@ -354,6 +357,7 @@ void frmOrd::Display_Item()
         m_lines.setText(row, kColMoq, item->moq.toText());
         m_lines.setCurrent(row, kColPartNo);
         fgList_EnterCell();
+        showResult(tr("%1 stands in line %2 already.").arg(ui::shown(item->partCode)).arg(row));
         return;
     }
     Load_I(item->code, m_lines.currentRow());

@@ -81,16 +81,24 @@ std::optional<bool> frmOrd::importLines(const std::string &file)
         return std::nullopt;
     const TextGrid::Batch batch(m_lines);
     const int rows = sheet.dataRows();
-    bool imported = false;
+    int imported = 0;
+    QStringList unknown;
     for (int row = 0; row < rows; ++row) {
         const output::SheetLine line = sheet.line(row);
         if (orders::addImportedLine(m_context.connections.conYear,
                                     {line.partCode, line.moq, line.rate, line.quantity}, m_lines)) {
-            imported = true;
+            ++imported;
+        } else if (!line.partCode.empty()) {
+            unknown << ui::shown(line.partCode);
         }
         showLinesDone(row + 1, rows); // Skipped rows count too.
     }
-    return imported;
+    // What was passed over would otherwise have to be found by comparing with the sheet.
+    showResult(unknown.isEmpty() ? tr("%1 lines imported.").arg(imported)
+                                 : tr("%1 lines imported. Not in the item master: %2")
+                                       .arg(imported)
+                                       .arg(unknown.join(QStringLiteral(", "))));
+    return imported > 0;
 }
 
 /// The workbook and the application are closed again when the cells are read.

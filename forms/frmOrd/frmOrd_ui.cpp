@@ -12,6 +12,8 @@
 #include <QHeaderView>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 /// Widths of fields in characters of their own font.
@@ -26,6 +28,8 @@ constexpr int kFieldRows = 3;
 /// Of the height when the panel lies below the lines.
 constexpr int kLinesShare = 4;
 constexpr int kWhyShare = 5;
+/// A form of fewer lines of text is low.
+constexpr int kLowForm = 40;
 
 /// Columns of the field band: the order at the left, what the proposal starts from at the right.
 enum FieldColumn {
@@ -149,7 +153,7 @@ void frmOrdUi::createActions()
 {
     cmbOrder = create<ui::ComboBox>("cmbOrder", Pic);
     cmbOrder->setPlaceholderText(tr("As stored"));
-    lblP = create<QLabel>("lblP", Pic, tr("Print &order:"));
+    lblP = create<QLabel>("lblP", Pic, tr("Print &order"));
     lblP->setBuddy(cmbOrder);
     chkRat = create<QCheckBox>("chkRat", Pic, tr("Print &rates and amounts"));
     cmdPaper = createButton("cmdPaper", Pic, tr("Loo&k at Paper"));
@@ -204,7 +208,7 @@ void frmOrdUi::describe()
         {cmdPaper, tr("Show paper"), tr("Shows the last text print as it comes out of the printer")},
         {Pb, tr("Progress"), tr("How far the running work is")},
         {lblResult, tr("Result"), tr("What the last proposal or exchange came to")},
-        {lblNetTotal, tr("Net total"), tr("Sum of all amounts, renewed every second")},
+        {lblNetTotal, tr("Net total"), tr("Sum of all amounts")},
         {cmdImp, tr("Import from spreadsheet"), tr("Reads lines from a spreadsheet")},
         {cmdXls, tr("Export to spreadsheet"), tr("Writes the order to a spreadsheet")},
         {cmdWhy, tr("Why this quantity"),
@@ -293,14 +297,14 @@ QLayout *frmOrdUi::fieldBand()
 void frmOrdUi::addFieldLabels(QGridLayout *fields)
 {
     const Qt::Alignment place = Qt::AlignRight | Qt::AlignVCenter;
-    fields->addWidget(createLabel(tr("Order &no.:"), txtOrdNo), 0, kOrderLabel, place);
-    fields->addWidget(createLabel(tr("&Date:"), dtpOrdDate), 0, kDateLabel, place);
-    fields->addWidget(createLabel(tr("S&upplier:"), txtSName), 1, kOrderLabel, place);
-    fields->addWidget(createLabel(tr("&Place:"), txtPlace), 2, kOrderLabel, place);
-    fields->addWidget(createLabel(tr("&Type:"), cmbType), 0, kProposalLabel, place);
-    fields->addWidget(createLabel(tr("Average &months:"), cmbMonth), 1, kProposalLabel, place);
-    fields->addWidget(createLabel(tr("&from:"), dtpAvgFrom), 1, kFromLabel, place);
-    fields->addWidget(createLabel(tr("Months of co&ver:"), txtMQ), 2, kProposalLabel, place);
+    fields->addWidget(createLabel(tr("Order &no."), txtOrdNo), 0, kOrderLabel, place);
+    fields->addWidget(createLabel(tr("&Date"), dtpOrdDate), 0, kDateLabel, place);
+    fields->addWidget(createLabel(tr("S&upplier"), txtSName), 1, kOrderLabel, place);
+    fields->addWidget(createLabel(tr("&Place"), txtPlace), 2, kOrderLabel, place);
+    fields->addWidget(createLabel(tr("&Type"), cmbType), 0, kProposalLabel, place);
+    fields->addWidget(createLabel(tr("Average &months"), cmbMonth), 1, kProposalLabel, place);
+    fields->addWidget(createLabel(tr("&from"), dtpAvgFrom), 1, kFromLabel, place);
+    fields->addWidget(createLabel(tr("Months of co&ver"), txtMQ), 2, kProposalLabel, place);
 }
 
 QLayout *frmOrdUi::gridBand()
@@ -308,7 +312,7 @@ QLayout *frmOrdUi::gridBand()
     auto *inside = new QVBoxLayout(innerShape);
     inside->setContentsMargins(0, 0, 0, 0);
     inside->setSpacing(kFieldGap / 2);
-    inside->addWidget(createLabel(tr("Order &lines:"), fgList));
+    inside->addWidget(createLabel(tr("Order &lines"), fgList));
     linesAndWhy = new QBoxLayout(QBoxLayout::LeftToRight);
     linesAndWhy->setSpacing(kBandMargin);
     linesAndWhy->addWidget(fgList);
@@ -320,10 +324,14 @@ QLayout *frmOrdUi::gridBand()
     return band;
 }
 
-void frmOrdUi::placeWhy(int formWidth)
+void frmOrdUi::placeWhy(QSize form)
 {
-    const int spare = formWidth - 3 * kBandMargin - fgList->neededWidth();
-    const int beside = fmWhy->widthBeside(spare);
+    const int spare = form.width() - 3 * kBandMargin - fgList->neededWidth();
+    // Where the lines are scrolled sideways anyhow and the window is low, each of the two keeps its height:
+    // below one another they would show a line or two.
+    const bool isLow = form.height() < fmWhy->fontMetrics().height() * kLowForm;
+    const int half = std::max(fmWhy->leastWidth(), (form.width() - 3 * kBandMargin) / 2);
+    const int beside = spare < 0 && isLow ? half : fmWhy->widthBeside(spare);
     const auto direction = beside > 0 ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
     if (direction != linesAndWhy->direction()) {
         linesAndWhy->setDirection(direction);
@@ -339,7 +347,7 @@ QLayout *frmOrdUi::printBand()
 {
     auto *amount = new QHBoxLayout(fmAmt);
     amount->setContentsMargins(0, 0, 0, 0);
-    amount->addWidget(new QLabel(tr("Net total:"), fmAmt));
+    amount->addWidget(new QLabel(tr("Net total"), fmAmt));
     amount->addWidget(lblNetTotal);
 
     auto *band = new QHBoxLayout;

@@ -38,8 +38,8 @@ public:
     void arrange(QWidget *form);
 
     /// Puts the panel where every column of the lines stays in sight: beside them if the form is wide enough
-    /// for both, else below.
-    void placeWhy(int formWidth);
+    /// for both, else below. A form that is too small for that has it beside them.
+    void placeWhy(QSize form);
 
     QFrame *Pic;
     QFrame *outerShape; ///< rim of the whole form

@@ -47,7 +47,7 @@ WhyPanel::WhyPanel(QWidget *parent)
     m_part->setKeys(ui::TextBox::Keys::UpperCase);
     m_part->setAccessibleName(tr("Part number that is missing"));
     m_part->setToolTip(tr("Type a part number and press Enter to see why it is not in the proposal"));
-    auto *partLabel = new QLabel(tr("Missin&g part:"), this);
+    auto *partLabel = new QLabel(tr("Missin&g part"), this);
     partLabel->setBuddy(m_part);
 
     auto *part = new QHBoxLayout;
@@ -72,11 +72,15 @@ WhyPanel::~WhyPanel()
     delete m_view;
 }
 
+int WhyPanel::leastWidth() const
+{
+    return m_view->neededWidth() / m_groups;
+}
+
 int WhyPanel::widthBeside(int spare) const
 {
-    const int least = m_view->neededWidth() / m_groups;
     const int widest = fontMetrics().horizontalAdvance(QLatin1Char('0')) * kWidest;
-    return spare < least ? 0 : std::min(spare, widest);
+    return spare < leastWidth() ? 0 : std::min(spare, widest);
 }
 
 void WhyPanel::setPlace(Place place)

@@ -29,6 +29,8 @@ public:
     /// next to each other.
     enum class Place { Beside, Below };
     void setPlace(Place place);
+    /// What the panel needs beside the lines, in pixels.
+    [[nodiscard]] int leastWidth() const;
     /// How much of `spare` pixels the panel takes beside the lines; 0 when that is too little for it.
     [[nodiscard]] int widthBeside(int spare) const;
 

@@ -66,7 +66,7 @@ void PaperPreview::createControls()
     auto *row = new QHBoxLayout(choices);
     row->setContentsMargins(kChoiceGap, 0, kChoiceGap, 0);
     row->setSpacing(kChoiceGap);
-    auto *label = new QLabel(tr("At paper &advance:"), choices);
+    auto *label = new QLabel(tr("At paper &advance"), choices);
     label->setBuddy(m_advance);
     for (QWidget *control : std::initializer_list<QWidget *>{label, m_advance, m_bars})
         row->addWidget(control);

@@ -192,6 +192,7 @@ void frmOrdGridTest::anItemAlreadyListedIsFound()
                             });
     desk.comeBack();
     QVERIFY(desk.dialogs.shown.isEmpty());
+    QCOMPARE(desk.text("lblResult"), QStringLiteral("BRK-20 stands in line 2 already."));
     QCOMPARE(desk.current(), Cell(2, kColPartNo));
     // Part number, name and minimum order quantity are renewed, the rest stays.
     QCOMPARE(desk.row(2), QStringLiteral("2|BRK-20|SHOE SET BRAKE REAR|12|41|2|3|1|10|2|120.25|240.50"));

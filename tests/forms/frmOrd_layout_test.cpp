@@ -4,6 +4,7 @@
 #include "tests/forms/order_desk.h"
 
 #include <QAbstractButton>
+#include <QHeaderView>
 #include <QLabel>
 #include <QScrollBar>
 #include <QSet>
@@ -17,6 +18,30 @@ QRect place(const OrderDesk &desk, const char *name)
     return {control->mapTo(desk.form.get(), QPoint()), control->size()};
 }
 
+/// With an order of more lines than the form shows.
+class LongOrderDesk : public OrderDesk
+{
+public:
+    LongOrderDesk()
+    {
+        constexpr int kLines = 60;
+        TestDatabase &year = dealer.year("Y26");
+        order(year, 60, "MANY LINES", 510);
+        for (int at = 1; at <= kLines; ++at)
+            line(year, 60, at, at % 2 == 0 ? 1 : 6, 3, 75);
+        open();
+        load("60");
+        QCoreApplication::processEvents();
+    }
+
+    /// How many lines the grid shows whole.
+    [[nodiscard]] int linesInSight() const
+    {
+        const auto *grid = control<ui::GridView>("fgList");
+        return grid->viewport()->height() / grid->rowHeight(0);
+    }
+};
+
 } // namespace
 
 class frmOrdLayoutTest : public QObject
@@ -26,6 +51,8 @@ class frmOrdLayoutTest : public QObject
 private slots:
     void everyPartKeepsItsPlaceAtEverySize();
     void thePanelLeavesEveryColumnInSight();
+    void aSmallFormShowsLinesAndSteps();
+    void columnsTakeTheRoomOfAScrollBarThatGoes();
     void everyControlIsNamedAndEveryMnemonicIsItsOwn();
     void tabGoesInTheOrderOfWork();
 };
@@ -68,13 +95,13 @@ void frmOrdLayoutTest::everyPartKeepsItsPlaceAtEverySize()
 
 void frmOrdLayoutTest::thePanelLeavesEveryColumnInSight()
 {
-    OpenDesk desk;
-    desk.load("41");
+    const LongOrderDesk desk;
     const auto *lines = desk.control<ui::GridView>("fgList");
     const auto *steps = desk.control<ui::GridView>("fgWhy");
-    desk.enter(3, orders::kColMoq); // a cell without an editor
+    const int row = desk.linesInSight(); // the last of them
+    desk.enter(row, orders::kColMoq);    // a cell without an editor
     desk.press(Qt::Key_Y, Qt::AltModifier);
-    QTRY_VERIFY(desk.text("lblWhy").startsWith(QStringLiteral("GSK-7")));
+    QTRY_VERIFY(desk.text("lblWhy").startsWith(desk.cell(row, orders::kColPartNo)));
     const int figures = [&] { // of the one list
         desk.form->resize(1920, 1010);
         QCoreApplication::processEvents();
@@ -88,12 +115,47 @@ void frmOrdLayoutTest::thePanelLeavesEveryColumnInSight()
         QVERIFY(beside ? panel.left() > grid.right() : panel.top() > grid.bottom());
         QCOMPARE(lines->horizontalScrollBar()->maximum(), 0);
         QCOMPARE(steps->horizontalScrollBar()->maximum(), 0);
-        QVERIFY(lines->viewport()->rect().contains(lines->cellRect(3, orders::kColMoq)));
+        // Far fewer lines are in sight than before the panel came; the one it explains still is.
+        if (!beside)
+            QVERIFY(desk.linesInSight() < row);
+        QVERIFY(lines->viewport()->rect().contains(lines->cellRect(row, orders::kColMoq)));
         // Below the lines the steps stand in two lists next to each other, whole without scrolling.
         QCOMPARE(steps->model()->columnCount(), beside ? 3 : 6);
         QCOMPARE(steps->model()->rowCount(), beside ? figures : (figures + 1) / 2);
         QCOMPARE(steps->verticalScrollBar()->maximum(), 0);
     }
+}
+
+void frmOrdLayoutTest::aSmallFormShowsLinesAndSteps()
+{
+    const LongOrderDesk desk;
+    desk.form->resize(960, 470);
+    desk.enter(1, orders::kColPartNo);
+    desk.press(Qt::Key_Y, Qt::AltModifier);
+    QTRY_VERIFY(desk.text("lblWhy").startsWith(desk.cell(1, orders::kColPartNo)));
+    QCoreApplication::processEvents();
+    QVERIFY(place(desk, "fmWhy").left() > place(desk, "fgList").right());
+    QVERIFY2(desk.linesInSight() >= 6, qPrintable(QString::number(desk.linesInSight())));
+    const auto *steps = desk.control<ui::GridView>("fgWhy");
+    QVERIFY(steps->viewport()->height() >= 8 * steps->fontMetrics().height());
+    QCOMPARE(steps->horizontalScrollBar()->maximum(), 0);
+    // Back in the first cell that can be edited, the number of the line is in sight too.
+    const auto *lines = desk.control<ui::GridView>("fgList");
+    desk.enter(1, orders::kColRate);
+    QVERIFY(lines->cellRect(1, orders::kColSlNo).left() < 0);
+    desk.enter(1, orders::kColPartNo);
+    QCOMPARE(lines->cellRect(1, orders::kColSlNo).left(), 0);
+}
+
+void frmOrdLayoutTest::columnsTakeTheRoomOfAScrollBarThatGoes()
+{
+    LongOrderDesk desk;
+    const auto *lines = desk.control<ui::GridView>("fgList");
+    QVERIFY(lines->verticalScrollBar()->isVisible());
+    desk.dialogs.answers << false; // which leaves an empty grid
+    desk.press(Qt::Key_A, Qt::AltModifier);
+    QTRY_VERIFY(!lines->verticalScrollBar()->isVisible());
+    QCOMPARE(lines->horizontalHeader()->length(), lines->viewport()->width());
 }
 
 void frmOrdLayoutTest::everyControlIsNamedAndEveryMnemonicIsItsOwn()

@@ -281,6 +281,7 @@ void frmOrdSheetsTest::anImportedOrderKeepsItsLinesThroughSaveAndExport()
     import(wanted);
     QCOMPARE(desk.dialogs.takeShown(),
              QStringList({QStringLiteral("Do You Want Import Order Form"), QStringLiteral("Imported")}));
+    QCOMPARE(desk.text("lblResult"), QStringLiteral("3 lines imported. Not in the item master: NO-SUCH"));
     QCOMPARE(desk.lines()->rowCount(), 4);
     QCOMPARE(desk.row(1), QStringLiteral("2|BRK-20|SHOE SET BRAKE REAR|0|0|30|0|0|10|30|120.25|3607.50"));
     QCOMPARE(desk.row(2),

@@ -202,6 +202,8 @@ private:
         line(year, 41, 7, 6, 1, 75);
         order(year, 39, "WITHOUT LINES", 511); // a header only
     }
+
+protected:
     static void order(TestDatabase &year, int number, const char *supplier, int ledger)
     {
         year.row("Stock_Ord", {{"StkOrdNo", number},
