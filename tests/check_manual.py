@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Fails when the manual has a link, a place or a picture that is not there, a page nobody can reach, a large picture or
-one that the guided tour does not make, or when it lacks a text that the program shows in a message or an error."""
+one that the guided tour does not make, or when it lacks a text that the program shows in a message or an error. Links and
+pictures of the README and the other pages for developers must be there too."""
 
 import html
 import os
@@ -78,6 +79,17 @@ for page, text in texts.items():
         if not re.search(r'\balt="[^"]+"', image):
             complaints.append(f"{page}: a picture does not say what it shows: {image}")
 complaints += [f"{page} cannot be reached from index.html" for page in sorted(pages - reached)]
+
+# What the pages for developers show and lead to.
+written = subprocess.run(["git", "ls-files", "*.md"], capture_output=True, text=True, check=True).stdout.split()
+for page in written:
+    with open(page, encoding="utf-8") as file:
+        targets = re.findall(r"\]\(([^)#\s]+)", file.read())
+    for target in targets:
+        if "://" not in target and not os.path.exists(os.path.join(os.path.dirname(page), target)):
+            complaints.append(f"{page}: {target} is not there")
+if len(written) < 10:
+    complaints.append(f"only {len(written)} pages for developers were found")
 
 tour = ""
 for name in os.listdir("app/tour"):

@@ -218,8 +218,9 @@ void Job::propose()
     add(
         QStringLiteral("   The grid shows the proposed order."),
         [this] {
+            // The net total follows within a second.
             return isActive("frmOrd") && order<ui::GridView>("fgList")->model()->rowCount() > 1 &&
-                   !cell(1, kColPartNo).isEmpty();
+                   !cell(1, kColPartNo).isEmpty() && order<QLabel>("lblNetTotal")->text().toDouble() > 0;
         },
         [this] { pictureOrder(QStringLiteral("proposal")); });
 }

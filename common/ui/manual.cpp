@@ -7,16 +7,57 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QImage>
 #include <QPointer>
 #include <QPushButton>
+#include <QResizeEvent>
+#include <QScrollBar>
 #include <QTextBrowser>
 #include <QVBoxLayout>
+#include <QtMath>
+
+#include <algorithm>
 
 namespace ui {
 
 namespace {
 
 constexpr QSize kUsualSize(1020, 740);
+
+/// The text of a page. Pictures that are wider than the window are made smaller, and again when that changes.
+class Pages : public QTextBrowser
+{
+public:
+    using QTextBrowser::QTextBrowser;
+
+protected:
+    QVariant loadResource(int type, const QUrl &name) override
+    {
+        QVariant found = QTextBrowser::loadResource(type, name);
+        QImage picture;
+        if (type != QTextDocument::ImageResource || !picture.loadFromData(found.toByteArray()))
+            return found;
+        const int room = viewport()->width() - qCeil(2 * document()->documentMargin());
+        if (room <= 0 || picture.width() <= room)
+            return picture;
+        const qreal ratio = devicePixelRatioF();
+        picture =
+            picture.scaledToWidth(std::min(picture.width(), qFloor(room * ratio)), Qt::SmoothTransformation);
+        picture.setDevicePixelRatio(picture.width() / qreal(room));
+        return picture;
+    }
+
+    void resizeEvent(QResizeEvent *event) override
+    {
+        QTextBrowser::resizeEvent(event);
+        if (source().isEmpty() || event->oldSize().width() == event->size().width())
+            return;
+        const int at = verticalScrollBar()->value();
+        document()->clear(); // forgets the pictures of the old size
+        reload();
+        verticalScrollBar()->setValue(at);
+    }
+};
 
 /// A browser of our own: a workstation for orders has no need of another one.
 class ManualWindow : public QDialog
@@ -34,7 +75,7 @@ private:
 
 ManualWindow::ManualWindow(QWidget *parent)
     : QDialog(parent)
-    , m_text(new QTextBrowser(this))
+    , m_text(new Pages(this))
 {
     setObjectName(QStringLiteral("manual"));
     setAttribute(Qt::WA_DeleteOnClose);

@@ -1,21 +1,34 @@
 #!/bin/sh
-# Makes the manual's pictures anew: the guided tour through a fresh sample dealership, reduced to few colours. Needs a
-# build and ImageMagick. Only pictures that a page shows are kept; none is ever made or touched up by hand.
+# Makes the pictures of the manual and of the README anew: the guided tour through a fresh sample dealership, reduced to
+# few colours. Needs a build, ImageMagick, and LibreOffice and pdftoppm for the exported sheet. Only pictures that a page
+# shows are kept; none is ever made or touched up by hand.
 set -eu
 cd "$(dirname "$0")"
-command -v convert >/dev/null || {
-    echo "pictures.sh: ImageMagick reduces the pictures' colours and is not installed: apt-get install imagemagick" >&2
-    exit 1
-}
+for tool in convert:imagemagick soffice:libreoffice-calc-nogui pdftoppm:poppler-utils; do
+    command -v "${tool%:*}" >/dev/null || {
+        echo "pictures.sh: ${tool%:*} is not installed: apt-get install ${tool#*:}" >&2
+        exit 1
+    }
+done
 bin=$(cd ../.. && pwd)/build/bin
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 "$bin/make-dealership" "$work/dealership" >/dev/null
 ln -s "$bin/Layouts" "$work/dealership/program/Layouts"
-QT_QPA_PLATFORM=offscreen "$bin/velk-tour" "$work/dealership/program" "$work" 940x640 >"$work/said" 2>&1 ||
+# So wide that the order form shows every column.
+QT_QPA_PLATFORM=offscreen "$bin/velk-tour" "$work/dealership/program" "$work" 1280x720 >"$work/said" 2>&1 ||
     { cat "$work/said" >&2; exit 1; }
-rm -f images/*.png
+
+# The tour's picture of that name, into a file.
+keep() {
+    convert "$work"/*-"$1".png +dither -colors 64 -strip "PNG8:$2"
+}
+rm -f images/*.png ../images/*.png
 for name in $(grep -oh 'src="images/[a-z0-9-]*\.png"' ./*.html | sed 's|.*/||; s|\.png"||' | sort -u); do
-    convert "$work"/*-"$name".png +dither -colors 64 -strip "PNG8:images/$name.png"
+    keep "$name" "images/$name.png"
 done
-ls -la images
+keep corrected ../images/order-form.png
+keep report ../images/report.png
+keep paper ../images/paper-preview.png
+keep exported-sheet ../images/exported-sheet.png
+ls -la images ../images

@@ -3,6 +3,7 @@
 #include "common/ui/date_box.h"
 #include "common/ui/form_dialog.h"
 #include "common/ui/grid_view.h"
+#include "common/ui/manual.h"
 #include "common/ui/style.h"
 #include "common/ui/text_box.h"
 #include "common/ui/waiting.h"
@@ -11,9 +12,14 @@
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
+#include <QDialog>
+#include <QDir>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextBrowser>
 #include <QVBoxLayout>
 
 using namespace Qt::Literals::StringLiterals;
@@ -62,6 +68,7 @@ private slots:
     void enterReachesNoButton();
     void escapePressesTheCancelButton();
     void formIsActivatedWhenShownOnly();
+    void picturesOfTheManualFitItsWindow();
 
     void fillingAListSelectsNothing();
     void Set_ComboRunsTheClickHandler();
@@ -316,6 +323,44 @@ void WidgetsTest::gridKeysGoToTheForm()
     for (const QVariantList &key : keys)
         characters << key.first().toInt();
     QCOMPARE(characters, (QList<int>{13, 13, 'x'}));
+}
+
+void WidgetsTest::picturesOfTheManualFitItsWindow()
+{
+    QDir folder(ui::manualFolder());
+    QVERIFY(QDir().mkpath(folder.path()));
+    const auto gone = qScopeGuard([&] { folder.removeRecursively(); });
+    for (const auto &[name, width] : {std::pair(u"wide.png"_s, 1280), {u"small.png"_s, 50}}) {
+        QImage picture(width, 40, QImage::Format_RGB32);
+        picture.fill(Qt::darkBlue);
+        QVERIFY(picture.save(folder.filePath(name)));
+    }
+    QFile page(folder.filePath(u"page.html"_s));
+    QVERIFY(page.open(QFile::WriteOnly));
+    page.write("<p><img src=\"wide.png\"></p><p><img src=\"small.png\"></p>");
+    page.close();
+
+    ui::openManual(u"page.html"_s);
+    QDialog *manual = nullptr;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == u"manual"_s)
+            manual = qobject_cast<QDialog *>(window);
+    }
+    QVERIFY(manual);
+    const auto closed = qScopeGuard([&] { delete manual; });
+    const auto *text = manual->findChild<QTextBrowser *>(u"manualText"_s);
+    for (const int width : {1020, 700, 1400}) {
+        manual->resize(width, 600);
+        QTRY_COMPARE(text->horizontalScrollBar()->maximum(), 0);
+        const auto shown = [&](const QString &name) {
+            const QUrl place = text->source().resolved(QUrl(name));
+            return text->document()->resource(QTextDocument::ImageResource, place).value<QImage>();
+        };
+        const int room =
+            std::min(1280, text->viewport()->width() - 2 * int(text->document()->documentMargin()));
+        QTRY_COMPARE(qRound(shown(u"wide.png"_s).deviceIndependentSize().width()), room);
+        QCOMPARE(shown(u"small.png"_s).width(), 50); // never larger than it is
+    }
 }
 
 void WidgetsTest::Wait_SecsFollowsTheClock()
