@@ -19,9 +19,12 @@ ln -s "$bin/Layouts" "$work/dealership/program/Layouts"
 QT_QPA_PLATFORM=offscreen "$bin/velk-tour" "$work/dealership/program" "$work" 1280x720 >"$work/said" 2>&1 ||
     { cat "$work/said" >&2; exit 1; }
 
-# The tour's picture of that name, into a file.
+# The tour's picture of that name, into a file; further arguments say what part of it.
 keep() {
-    convert "$work"/*-"$1".png +dither -colors 64 -strip "PNG8:$2"
+    name=$1
+    file=$2
+    shift 2
+    convert "$work"/*-"$name".png "$@" +dither -colors 64 -strip "PNG8:$file"
 }
 rm -f images/*.png ../images/*.png
 for name in $(grep -oh 'src="images/[a-z0-9-]*\.png"' ./*.html | sed 's|.*/||; s|\.png"||' | sort -u); do
@@ -30,5 +33,5 @@ done
 keep corrected ../images/order-form.png
 keep report ../images/report.png
 keep paper ../images/paper-preview.png
-keep exported-sheet ../images/exported-sheet.png
+keep exported-sheet ../images/exported-sheet.png -crop 662x440+0+0 +repage
 ls -la images ../images
