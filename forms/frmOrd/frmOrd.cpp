@@ -35,8 +35,7 @@ constexpr std::uint8_t kDelete = 3;
 
 constexpr std::uint8_t kSupplierSearch = 10;
 constexpr int kMonths = 12;
-/// A look at the lines costs nothing while they stand still, and a total must not lag behind the hand.
-constexpr int kTimerMs = 200;
+constexpr int kTimerMs = 1000;
 
 /// The key code that Identity knows, 0 for any other key.
 std::int16_t modeKey(const QKeyEvent &key)

@@ -13,9 +13,24 @@
 
 #include <QScopeGuard>
 
+#include <algorithm>
+
 namespace {
 
 constexpr Currency kPause = Currency::fromRaw(Currency::kScale / 20); // a moment, for the file server
+
+/// Names what was passed over, or it would have to be found by comparing with the sheet; a sheet of somebody
+/// else's parts needs no list.
+QString importResult(int imported, const QStringList &unknown)
+{
+    constexpr qsizetype kMostNamed = 12;
+    if (unknown.isEmpty())
+        return frmOrd::tr("%1 lines imported.").arg(imported);
+    QString names = unknown.first(std::min(unknown.size(), kMostNamed)).join(QStringLiteral(", "));
+    if (unknown.size() > kMostNamed)
+        names += frmOrd::tr(" and %1 more").arg(unknown.size() - kMostNamed);
+    return frmOrd::tr("%1 lines imported. Not in the item master: %2").arg(imported).arg(names);
+}
 
 } // namespace
 
@@ -93,11 +108,7 @@ std::optional<bool> frmOrd::importLines(const std::string &file)
         }
         showLinesDone(row + 1, rows); // Skipped rows count too.
     }
-    // What was passed over would otherwise have to be found by comparing with the sheet.
-    showResult(unknown.isEmpty() ? tr("%1 lines imported.").arg(imported)
-                                 : tr("%1 lines imported. Not in the item master: %2")
-                                       .arg(imported)
-                                       .arg(unknown.join(QStringLiteral(", "))));
+    showResult(importResult(imported, unknown));
     return imported > 0;
 }
 

@@ -208,7 +208,7 @@ void frmOrdUi::describe()
         {cmdPaper, tr("Show paper"), tr("Shows the last text print as it comes out of the printer")},
         {Pb, tr("Progress"), tr("How far the running work is")},
         {lblResult, tr("Result"), tr("What the last proposal or exchange came to")},
-        {lblNetTotal, tr("Net total"), tr("Sum of all amounts")},
+        {lblNetTotal, tr("Net total"), tr("Sum of all amounts, renewed every second")},
         {cmdImp, tr("Import from spreadsheet"), tr("Reads lines from a spreadsheet")},
         {cmdXls, tr("Export to spreadsheet"), tr("Writes the order to a spreadsheet")},
         {cmdWhy, tr("Why this quantity"),
