@@ -10,9 +10,9 @@
 #include <QImage>
 #include <QPointer>
 #include <QPushButton>
-#include <QResizeEvent>
 #include <QScrollBar>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QtMath>
 
@@ -50,13 +50,24 @@ protected:
     void resizeEvent(QResizeEvent *event) override
     {
         QTextBrowser::resizeEvent(event);
-        if (source().isEmpty() || event->oldSize().width() == event->size().width())
+        // Later: it may have come from the middle of laying out the page, as a scroll bar appeared.
+        if (viewport()->width() != m_fittedTo)
+            QTimer::singleShot(0, this, &Pages::fitAgain);
+    }
+
+private:
+    void fitAgain()
+    {
+        if (source().isEmpty() || viewport()->width() == m_fittedTo)
             return;
+        m_fittedTo = viewport()->width();
         const int at = verticalScrollBar()->value();
         document()->clear(); // forgets the pictures of the old size
         reload();
         verticalScrollBar()->setValue(at);
     }
+
+    int m_fittedTo = -1; ///< the width of the viewport for which the pictures were made
 };
 
 /// A browser of our own: a workstation for orders has no need of another one.
@@ -84,6 +95,8 @@ ManualWindow::ManualWindow(QWidget *parent)
     m_text->setAccessibleName(tr("Page of the manual"));
     m_text->setOpenExternalLinks(false);
     m_text->document()->setDocumentMargin(16);
+    // Never comes and goes: pictures fitted to one width could make the page need it, to the other not.
+    m_text->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     // The browser widget does not follow a page's link to its style sheet.
     if (QFile style(manualFolder() + QStringLiteral("/manual.css")); style.open(QIODevice::ReadOnly))
         m_text->document()->setDefaultStyleSheet(QString::fromUtf8(style.readAll()));

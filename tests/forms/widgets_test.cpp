@@ -338,7 +338,8 @@ void WidgetsTest::picturesOfTheManualFitItsWindow()
     }
     QFile page(folder.filePath(u"page.html"_s));
     QVERIFY(page.open(QFile::WriteOnly));
-    page.write("<p><img src=\"wide.png\"></p><p><img src=\"small.png\"></p>");
+    const QByteArray pictures = "<p>Words</p><p><img src=\"wide.png\"></p><p><img src=\"small.png\"></p>";
+    page.write(pictures.repeated(9)); // higher than the window
     page.close();
 
     ui::openManual(u"page.html"_s);
@@ -350,7 +351,7 @@ void WidgetsTest::picturesOfTheManualFitItsWindow()
     QVERIFY(manual);
     const auto closed = qScopeGuard([&] { delete manual; });
     const auto *text = manual->findChild<QTextBrowser *>(u"manualText"_s);
-    for (const int width : {1020, 700, 1400}) {
+    for (const int width : {1020, 700, 1400, 1401, 900}) {
         manual->resize(width, 600);
         QTRY_COMPARE(text->horizontalScrollBar()->maximum(), 0);
         const auto shown = [&](const QString &name) {
