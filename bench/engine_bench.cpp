@@ -24,7 +24,6 @@ int measureAll(const std::string &folder, int inserts)
     report.heading();
     bench::measureOpening(report, year);
     bench::measureReading(report, year);
-    bench::measureSearching(report, year);
     if (inserts > 0)
         bench::measureWriting(report, year, inserts);
     report.note(std::to_string(report.missed()) + " targets missed");

@@ -1,9 +1,11 @@
-// fill-bench FOLDER [FOLDER ...]: measures the average-stock fill on dealerships that make-dealership made,
-// each figure as a ratio to a peer in the same run. The first folder serves all lines; with more of them, of
-// other sizes, the growth of time and memory is measured too. Exit 0: every target holds, 1: some do not,
-// 2: it could not be measured.
+// fill-bench FOLDER [FOLDER ...]: measures the average-stock fill and the part search on dealerships that
+// make-dealership made, each figure as a ratio to a peer in the same run. The first folder serves all lines;
+// with more of them, of other sizes, the growth of time and memory is measured too. Exit 0: every target
+// holds, 1: some do not, 2: it could not be measured.
 
 #include "bench/fill_sections.h"
+
+#include <QApplication>
 
 #include <cstdio>
 #include <exception>
@@ -13,17 +15,17 @@
 
 namespace {
 
-int measureAll(const std::vector<std::string> &folders)
+int measureAll(const std::string &folder, const std::vector<bench::Growth> &growth)
 {
     bench::Report report;
-    // First, and in processes of their own, so that the memory is that of a fill alone.
-    const std::vector<bench::Growth> growth = bench::growthOf(folders);
-    const bench::FillDealer dealer(folders.front());
-    report.note(std::to_string(dealer.movements()) + " movements; processor times, the best of several");
+    const auto movements = static_cast<std::int64_t>(growth.front().movements);
+    report.note(std::to_string(movements) + " movements; processor times, the best of several, of a search " +
+                "the middle one");
     report.heading();
-    bench::measureFill(report, folders.front());
-    bench::measureScratch(report, folders.front());
+    bench::measureFill(report, folder);
+    bench::measureScratch(report, folder);
     bench::measureGrid(report);
+    bench::measureSearching(report, folder);
     bench::reportGrowth(report, growth);
     report.note(std::to_string(report.missed()) + " targets missed");
     return report.missed() == 0 ? 0 : 1;
@@ -38,8 +40,13 @@ int main(int count, char **values)
         static_cast<void>(std::fputs("usage: fill-bench FOLDER [FOLDER ...]\n", stderr));
         return 2;
     }
+    const std::string folder = arguments[1];
     try {
-        return measureAll({arguments.begin() + 1, arguments.end()});
+        // First, and in processes of their own, so that the memory is that of a fill alone.
+        const auto growth = bench::growthOf({arguments.begin() + 1, arguments.end()});
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        const QApplication application(count, values);
+        return measureAll(folder, growth);
     } catch (const std::exception &error) {
         static_cast<void>(std::fprintf(stderr, "fill-bench: %s\n", error.what()));
         return 2;

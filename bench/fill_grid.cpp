@@ -29,12 +29,6 @@ void fillLines(TextGrid &grid)
 
 void measureGrid(Report &report)
 {
-    int count = 1;
-    std::string name = "fill-bench";
-    char *values[] = {name.data(), nullptr};
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(count, values);
-
     TextGrid grid(orders::kColumns);
     grid.setFormatString(orders::gridFormat());
     ui::GridView view(grid, ui::GridView::Selection::Cells);

@@ -13,8 +13,11 @@ namespace bench {
 void measureFill(Report &report, const std::string &folder);
 /// Emptying and filling the scratch table.
 void measureScratch(Report &report, const std::string &folder);
-/// A grid of 15,000 lines on a screen.
+/// A grid of 15,000 lines on a screen. Needs a QApplication, as the next does.
 void measureGrid(Report &report);
+/// A letter in the part search, from the key to the painted list, against a native database: for the first
+/// time, after another workstation's change, and with known sums.
+void measureSearching(Report &report, const std::string &folder);
 
 /// A fill in a process of its own.
 struct Growth

@@ -10,8 +10,6 @@ namespace bench {
 void measureOpening(Report &report, const YearCopy &year);
 /// Scans and statements, against mdb-export and the native file.
 void measureReading(Report &report, const YearCopy &year);
-/// The part search of the order form, with and without known sums.
-void measureSearching(Report &report, const YearCopy &year);
 /// Saving an order and single inserts, `inserts` of them.
 void measureWriting(Report &report, const YearCopy &year, int inserts);
 
