@@ -85,6 +85,11 @@ void Job::pictureOrder(const QString &name)
     m_stage.picture(m_stage.window("Main"), name);
 }
 
+bool Job::hasTotal() const
+{
+    return Currency::fromText(order<QLabel>("lblNetTotal")->text().toStdString()) > Currency();
+}
+
 int Job::linesWithQuantity() const
 {
     int lines = 0;
@@ -220,7 +225,7 @@ void Job::propose()
         [this] {
             // The net total follows within a second.
             return isActive("frmOrd") && order<ui::GridView>("fgList")->model()->rowCount() > 1 &&
-                   !cell(1, kColPartNo).isEmpty() && order<QLabel>("lblNetTotal")->text().toDouble() > 0;
+                   !cell(1, kColPartNo).isEmpty() && hasTotal();
         },
         [this] { pictureOrder(QStringLiteral("proposal")); });
 }

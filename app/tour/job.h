@@ -44,6 +44,8 @@ private:
     }
     [[nodiscard]] QString cell(int row, int column) const;
     [[nodiscard]] int linesWithQuantity() const;
+    /// The net total has followed the lines.
+    [[nodiscard]] bool hasTotal() const;
     /// The order form in its main window.
     void pictureOrder(const QString &name);
 

@@ -105,11 +105,13 @@ void Job::importOrder()
     });
     m_steps.push_back(answer(m_stage, QStringLiteral("Do You Want Import Order Form"), Answer::Yes));
     closeNotice(QStringLiteral("Imported"));
-    on("frmOrd", QStringLiteral("   Its parts stand on the order; the one that nobody knows is left out."),
-       [this] {
-           m_stage.expect(linesWithQuantity() > 0, QStringLiteral("No line was imported."));
-           pictureOrder(QStringLiteral("imported"));
-       });
+    add(
+        QStringLiteral("   Its parts stand on the order; the one that nobody knows is named and left out."),
+        [this] { return isActive("frmOrd") && hasTotal(); },
+        [this] {
+            m_stage.expect(linesWithQuantity() > 0, QStringLiteral("No line was imported."));
+            pictureOrder(QStringLiteral("imported"));
+        });
 }
 
 } // namespace tour

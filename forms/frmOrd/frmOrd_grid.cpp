@@ -179,12 +179,12 @@ void frmOrd::fgList_Scroll()
 }
 
 /// The grid became larger or smaller: the cell that is being edited stays in sight, its editor over it, and
-/// so does the line that is being explained.
+/// so do the cell that the keys would go to and the line that is being explained.
 void frmOrd::followResize()
 {
     const bool edited = m_ui->txtItem->isVisible();
     const bool hadFocus = m_ui->txtItem->hasFocus();
-    if (edited || m_ui->fmWhy->isVisible())
+    if (edited || m_ui->fgList->hasFocus() || m_ui->fmWhy->isVisible())
         m_ui->fgList->scrollTo(m_ui->fgList->currentIndex());
     if (!edited)
         return;
