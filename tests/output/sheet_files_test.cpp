@@ -437,6 +437,12 @@ void SheetFilesTest::exportKeepsAllElseOfTheTemplate()
                            .arg(place, before.all().value(place), after.all().value(place));
         }
     }
+    QCOMPARE(changed, QStringList());
+    for (auto column = before.widths().cbegin(); column != before.widths().cend(); ++column)
+        QVERIFY2(std::abs(after.widths().value(column.key()) - column.value()) < 0.01,
+                 qPrintable(column.key()));
+    for (qsizetype i = 0; i < results.size(); i += 2)
+        QCOMPARE(after.all().value(results[i] + QStringLiteral(" value")), results[i + 1]);
 }
 
 void SheetFilesTest::exportSaysWhatIsMissing()
