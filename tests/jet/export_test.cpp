@@ -31,6 +31,44 @@ QString written(const QString &path, const QString &table, const QStringList &op
     return QString::fromUtf8(exported(path.toStdString(), table.toUtf8().constData(), seconds + options));
 }
 
+/// A value for each column of everyColumnType(), the last of them a number that the table gives.
+Row fullRow(const Bytes &bytes, const Guid &guid)
+{
+    return {true,
+            std::uint8_t{255},
+            std::int16_t{-32768},
+            -2147483647,
+            Currency::fromRaw(-12345),
+            0.5F,
+            -1234567.125,
+            Date::fromSerial(38447.5),
+            bytes,
+            std::string("Grüße"),
+            bytes,
+            std::string("a memo"),
+            guid,
+            Null{}};
+}
+
+/// The least that is not null.
+Row rowOfZeros()
+{
+    return {false,
+            std::uint8_t{0},
+            std::int16_t{0},
+            0,
+            Currency(),
+            0.0F,
+            0.0,
+            Date::fromYmd(1999, 12, 31),
+            Bytes{std::byte{1}},
+            std::string("x"),
+            Bytes{std::byte{2}},
+            std::string("y"),
+            Guid{},
+            Null{}};
+}
+
 QStringList sortedLines(const QString &text)
 {
     QStringList lines = text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
@@ -86,34 +124,8 @@ private slots:
         Guid guid;
         for (std::size_t i = 0; i < guid.bytes.size(); ++i)
             guid.bytes[i] = static_cast<std::byte>(0x10 + i);
-        Row full{true,
-                 std::uint8_t{255},
-                 std::int16_t{-32768},
-                 -2147483647,
-                 Currency::fromRaw(-12345),
-                 0.5F,
-                 -1234567.125,
-                 Date::fromSerial(38447.5),
-                 bytes,
-                 std::string("Grüße"),
-                 bytes,
-                 std::string("a memo"),
-                 guid,
-                 Null{}};
-        Row zeros{false,
-                  std::uint8_t{0},
-                  std::int16_t{0},
-                  0,
-                  Currency(),
-                  0.0F,
-                  0.0,
-                  Date::fromYmd(1999, 12, 31),
-                  Bytes{std::byte{1}},
-                  std::string("x"),
-                  Bytes{std::byte{2}},
-                  std::string("y"),
-                  Guid{},
-                  Null{}};
+        Row full = fullRow(bytes, guid);
+        Row zeros = rowOfZeros();
         Row empty(columns.size() + 1);
         QString expected =
             QStringLiteral("1,255,-32768,-2147483647,-1.2345,0.5,-1234567.125,"
