@@ -11,8 +11,9 @@
 
 namespace orders {
 
-/// Stock of an item at the main store: stock point 0 only. No window shows it: the present stock of a line is
-/// presentStock() of orders/statistics.h, over all stock points.
+/// Stock of an item at the main store: stock point 0 only. No window shows it (the present stock of a line is
+/// presentStock() of orders/statistics.h, over all stock points); it is one of the system's procedures and
+/// stays among them under its name.
 [[nodiscard]] Currency Dis_Stock(const data::Connection &conYear, std::int32_t item);
 
 /// The field of `Mast_Items` that holds the dealer price of a price category (`SPID`); null for a category
