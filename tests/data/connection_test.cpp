@@ -1,13 +1,12 @@
 // Connections: the two forms of connection strings, wrong input, and several connections to one file.
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "data/connection_string.h"
 #include "data/data_sources.h"
 #include "data/recordset.h"
+#include "tests/support/files.h"
 #include "tests/support/outcome.h"
-#include "tests/support/rows.h"
 #include "tests/support/scripted_dialogs.h"
 #include "tests/support/small_dealership.h"
 
@@ -25,19 +24,6 @@ data::Connection opened(const std::string &text)
     connection.setConnectionString(text);
     connection.open();
     return connection;
-}
-
-QByteArray bytesOf(const std::string &file)
-{
-    QFile stream(QString::fromStdString(file));
-    return stream.open(QIODevice::ReadOnly) ? stream.readAll() : QByteArray();
-}
-
-void write(const std::string &file, const QByteArray &bytes)
-{
-    QFile stream(QString::fromStdString(file));
-    QVERIFY(stream.open(QIODevice::WriteOnly));
-    stream.write(bytes);
 }
 
 } // namespace
@@ -103,18 +89,18 @@ private slots:
         QFETCH(QByteArray, password);
         QFETCH(int, number);
         fs::create_directory(path("Folder.mdb"));
-        write(path("Short.mdb"), bytesOf(path("Main.mdb")).first(3000));
-        write(path("Text.mdb"), QByteArray("Dear customer, the price list follows.\n").repeated(100));
-        write(path("Empty.mdb"), QByteArray());
+        writeFile(path("Short.mdb"), fileBytes(path("Main.mdb")).first(3000));
+        writeFile(path("Text.mdb"), QByteArray("Dear customer, the price list follows.\n").repeated(100));
+        writeFile(path("Empty.mdb"), QByteArray());
 
         const std::string file = path(qPrintable(name));
-        const QByteArray before = bytesOf(file);
+        const QByteArray before = fileBytes(file);
         const auto seen = errorOf([&] {
             const data::Connection connection = opened(text(file, password.toStdString()));
             static_cast<void>(rowsOf("Select * from Pass", connection, {"UName"}));
         });
         QCOMPARE(static_cast<int>(seen.value_or(ErrorNumber{})), number);
-        QCOMPARE(bytesOf(file), before);
+        QCOMPARE(fileBytes(file), before);
     }
 
     void whatIsNotOpenSaysSo()

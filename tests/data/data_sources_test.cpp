@@ -1,14 +1,13 @@
 // Data sources in the user's ODBC file, looked at with unixODBC's own tool.
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include "data/data_sources.h"
+#include "tests/support/files.h"
 #include "tests/support/scripted_dialogs.h"
 
 #include <filesystem>
-#include <fstream>
 
 namespace {
 
@@ -22,6 +21,12 @@ QString odbcinst(const QStringList &arguments)
     process.start(QStringLiteral("odbcinst"), arguments);
     process.waitForFinished();
     return QString::fromLocal8Bit(process.readAll());
+}
+
+/// What is registered of one source.
+QString source(const char *name)
+{
+    return odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"), QLatin1String(name)});
 }
 
 QStringList sources()
@@ -54,7 +59,7 @@ private slots:
         qputenv("ODBCINI", userFile().toLocal8Bit());
         m_database = m_folder->filePath(QStringLiteral("DataBas/Y 26;a.mdb")).toStdString();
         std::filesystem::create_directory(m_folder->filePath(QStringLiteral("DataBas")).toStdString());
-        std::ofstream stream(m_database);
+        writeFile(m_database, {});
         m_dialogs = ScriptedDialogs();
     }
 
@@ -64,8 +69,7 @@ private slots:
         const std::string written = m_folder->path().toStdString() + "\\Databas\\y 26;A.MDB";
         data::Make_Dsn(kName, written, m_dialogs);
         QCOMPARE(sources(), QStringList{QStringLiteral("[VELK_OTH_Y26]")});
-        const QString shown = odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"),
-                                        QStringLiteral("VELK_OTH_Y26")});
+        const QString shown = source("VELK_OTH_Y26");
         QVERIFY2(shown.contains(QStringLiteral("Driver=Microsoft Access Driver (*.mdb)")), qPrintable(shown));
         QVERIFY2(shown.contains(QStringLiteral("DBQ=%1").arg(QString::fromStdString(m_database))),
                  qPrintable(shown));
@@ -91,32 +95,22 @@ private slots:
     void anExistingSourceIsMadeAnewWithoutLookingAtTheFile()
     {
         data::Make_Dsn(kName, m_database, m_dialogs);
-        QFile extended(userFile());
-        QVERIFY(extended.open(QIODevice::Append));
-        extended.write("ReadOnly=1\n");
-        extended.close();
-
+        writeFile(userFile(), fileBytes(userFile()) + "ReadOnly=1\n");
         data::Make_Dsn(kName, "/gone\\DataBas\\Y26.mdb", m_dialogs);
         QVERIFY(m_dialogs.shown.isEmpty());
         QCOMPARE(data::dataSourceFile(kName), std::string("/gone/DataBas/Y26.mdb"));
-        const QString shown = odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"),
-                                        QStringLiteral("VELK_OTH_Y26")});
+        const QString shown = source("VELK_OTH_Y26");
         QVERIFY2(!shown.contains(QStringLiteral("ReadOnly")),
                  qPrintable(shown)); // removed before it was added
     }
 
     void othersSourcesAreLeftAlone()
     {
-        QFile foreign(userFile());
-        QVERIFY(foreign.open(QIODevice::WriteOnly));
-        foreign.write("[Ledger]\nDriver = Other\nServer = acc\n");
-        foreign.close();
+        writeFile(userFile(), "[Ledger]\nDriver = Other\nServer = acc\n");
         data::Make_Dsn(kName, m_database, m_dialogs);
         data::Remove_Dsn(kName, m_database);
         QCOMPARE(sources(), QStringList{QStringLiteral("[Ledger]")});
-        QVERIFY(odbcinst({QStringLiteral("-q"), QStringLiteral("-s"), QStringLiteral("-n"),
-                          QStringLiteral("Ledger")})
-                    .contains(QStringLiteral("Server=acc")));
+        QVERIFY(source("Ledger").contains(QStringLiteral("Server=acc")));
     }
 
     void aSourceRemovedByAnotherProgramIsGone()

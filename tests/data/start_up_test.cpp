@@ -6,6 +6,7 @@
 #include "data/data_sources.h"
 #include "data/session_connections.h"
 #include "tests/support/fake_shell.h"
+#include "tests/support/files.h"
 #include "tests/support/rows.h"
 #include "tests/support/scripted_dialogs.h"
 #include "tests/support/small_dealership.h"
@@ -60,11 +61,9 @@ private slots:
 
     void withACodeTheYearIsOpenedAndItsHeaderRead()
     {
-        makeYear("Y26", {{"DBMst", "y26"},
-                         {"YStart", Value(Date::fromText("01/Apr/2026 08:30").value())},
-                         {"YEnd", Value(Date::fromYmd(2027, 3, 31))},
-                         {"ComName", "Velk Motors"},
-                         {"SPID", 5}});
+        makeYear("Y26", "DBMst YStart YEnd ComName SPID",
+                 {"y26", Date::fromText("01/Apr/2026 08:30").value(), Date::fromYmd(2027, 3, 31),
+                  "Velk Motors", 5});
         session.Town = "before";
         session.DlrCode = "before";
         openData("Y26");
@@ -97,7 +96,7 @@ private slots:
 
     void aMissingHeaderKeepsTheYearsValues()
     {
-        makeYear("Y26", {{"DBMst", "Y25"}, {"ComName", "Another year"}});
+        makeYear("Y26", "DBMst ComName", {"Y25", "Another year"});
         session.ComName = "From Years";
         session.SPID = 3;
         openData("Y26");
@@ -120,11 +119,8 @@ private slots:
         QFETCH(bool, nullDate);
         QFETCH(int, spid);
         const Value start = nullDate ? Value(Null{}) : Value(Date::fromYmd(2026, 4, 1));
-        makeYear("Y26", {{"DBMst", "Y26"},
-                         {"YStart", start},
-                         {"YEnd", Value(Date::fromYmd(2027, 3, 31))},
-                         {"ComName", "Velk Motors"},
-                         {"SPID", spid}});
+        makeYear("Y26", "DBMst YStart YEnd ComName SPID",
+                 {"Y26", start, Date::fromYmd(2027, 3, 31), "Velk Motors", spid});
         session.ComName = "From Years";
         session.SPID = 3;
         openData("Y26");
@@ -182,9 +178,7 @@ private slots:
         } else if (damage == QStringLiteral("cut")) {
             QVERIFY(QFile::resize(path, 3000));
         } else {
-            QFile stream(path);
-            QVERIFY(stream.open(QIODevice::WriteOnly));
-            stream.write(QByteArray("Dear customer,\n").repeated(500));
+            writeFile(path, QByteArray("Dear customer,\n").repeated(500));
         }
         openData({});
         QTEST(dialogs.shown, "shown");
@@ -195,7 +189,7 @@ private slots:
 
     void aYearThatCannotBeOpenedLeavesItsConnectionClosed()
     {
-        makeYear("Y26", {});
+        makeYear("Y26");
         openData("Y26");
         QVERIFY(connections.conYear.isOpen());
         TestDatabase(root() + "/server/DataBas/Other.mdb", jet::Version::Jet3, {});
@@ -220,7 +214,7 @@ private slots:
 
     void aYearDatabaseByCode()
     {
-        makeYear("Y26", {});
+        makeYear("Y26");
         session.ServerPath = root() + "/server";
         data::Connection connection;
         data::Open_YearDb(session, connection, "Y26");
@@ -238,12 +232,13 @@ private slots:
 private:
     [[nodiscard]] std::string root() const { return m_folder->path().toStdString(); }
 
-    void makeYear(const std::string &code, TestRow header)
+    void makeYear(const std::string &code, const char *heading = "",
+                  const std::vector<TestValue> &header = {})
     {
         TestDatabase database(root() + "/server/DataBas/" + code + ".mdb", jet::Version::Jet3,
                               data::schema::yearTables());
-        if (header.size() > 0)
-            database.row("AAddress", header);
+        if (!header.empty())
+            database.rows("AAddress", heading, {header});
     }
 
     void makeSerPath(const std::string &serverPath)

@@ -15,6 +15,7 @@
 #include "tests/support/scripted_dialogs.h"
 #include "tests/support/small_dealership.h"
 
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QTest>
@@ -72,6 +73,14 @@ public:
         if (!found)
             qFatal("no control %s", name);
         return found;
+    }
+
+    void click(const char *button) const { control<QAbstractButton>(button)->click(); }
+    /// Has the average stock filled; the question before it is answered so.
+    void fill(bool answer = true)
+    {
+        dialogs.answers << answer;
+        click("cmdView");
     }
 
     /// A key to whatever has the focus.
@@ -162,16 +171,8 @@ private:
         year.item(6, "GSK-7", {{"Higher", 1}, {"ItemName", "GASKET CYLINDER HEAD COMPLETE"}, {"NDPD", 75}});
         year.item(8, "OLD-1", {{"Higher", 0}, {"ItemName", "CARBURETTOR"}, {"NDPD", 1}});
         year.row("Mast_Heads", {{"HeadCode", 10}, {"SDC", 0}});
-        year.row("Mast_Ledgers", {{"LedgCode", 510},
-                                  {"LedgName", "SOUTHERN SPARES"},
-                                  {"Town", "MADURAI"},
-                                  {"HeadCode", 10},
-                                  {"AcClosed", 0}});
-        year.row("Mast_Ledgers", {{"LedgCode", 511},
-                                  {"LedgName", "SRI AUTO AGENCIES"},
-                                  {"Town", "SALEM"},
-                                  {"HeadCode", 10},
-                                  {"AcClosed", 0}});
+        year.rows("Mast_Ledgers", "LedgCode LedgName Town HeadCode AcClosed",
+                  {{510, "SOUTHERN SPARES", "MADURAI", 10, 0}, {511, "SRI AUTO AGENCIES", "SALEM", 10, 0}});
     }
 
     void addMovements()
@@ -206,28 +207,13 @@ private:
 protected:
     static void order(TestDatabase &year, int number, const char *supplier, int ledger)
     {
-        year.row("Stock_Ord", {{"StkOrdNo", number},
-                               {"StkOrdDate", Value(Date::fromYmd(2026, 5, 31))},
-                               {"SupName", supplier},
-                               {"Town", "SOMEWHERE"},
-                               {"SpType", 2},
-                               {"Avg_Months", 3},
-                               {"SupLedgCode", ledger},
-                               {"Mq", 2}});
+        year.rows("Stock_Ord", "StkOrdNo StkOrdDate SupName Town SpType Avg_Months SupLedgCode Mq",
+                  {{number, Date::fromYmd(2026, 5, 31), supplier, "SOMEWHERE", 2, 3, ledger, 2}});
     }
     static void line(TestDatabase &year, int number, int serial, int item, double quantity, double rate)
     {
-        year.row("Stock_OrdSub", {{"StkOrdNo", number},
-                                  {"Slno", serial},
-                                  {"ItemCode", item},
-                                  {"LSTQty", 12},
-                                  {"LSDays", 41},
-                                  {"Qty", quantity},
-                                  {"Rate", rate},
-                                  {"AQty", 2},
-                                  {"PQty", 3},
-                                  {"Moq", 5},
-                                  {"MinQty", 1}});
+        year.rows("Stock_OrdSub", "StkOrdNo Slno ItemCode LSTQty LSDays Qty Rate AQty PQty Moq MinQty",
+                  {{number, serial, item, 12, 41, quantity, rate, 2, 3, 5, 1}});
     }
 };
 

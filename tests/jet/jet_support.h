@@ -84,17 +84,7 @@ int errorOf(Action action)
     return static_cast<int>(::errorOf(action).value_or(ErrorNumber{}));
 }
 
-/// Sentence of the AppError that an action throws.
-template <class Action>
-QString sentenceOf(Action action)
-{
-    try {
-        action();
-    } catch (const AppError &error) {
-        return QString::fromUtf8(error.what());
-    }
-    return {};
-}
+using ::sentenceOf;
 
 inline void addVersions()
 {

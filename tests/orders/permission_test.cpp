@@ -40,7 +40,6 @@ private slots:
         rights(3, 2103, false, true, false);
         rights(4, 2103, true, false, true);
         rights(4, 2103, true, true, true);
-        dealer.year("Y26");
         dealer.connect("Y26");
 
         Session &session = dealer.session;
@@ -66,7 +65,6 @@ private slots:
     {
         QFETCH(QByteArray, code);
         SmallDealership dealer;
-        dealer.year("Y26");
         dealer.connect("Y26");
         dealer.session.DbSub = code.toStdString();
         dealer.session.FormMode = 2;

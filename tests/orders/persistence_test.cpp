@@ -185,7 +185,6 @@ private slots:
         if (!canExport())
             QSKIP("mdb-export is not installed: 1 case left out");
         SmallDealership dealer;
-        dealer.year("Y26");
         dealer.connect("Y26");
         Save_Data(dealer.conYear, header(1), threeLines(), [&] { return Max_OrdNo(dealer.conYear); });
         const std::string file = dealer.folder() + "/server/DataBas/Y26.mdb";

@@ -210,7 +210,6 @@ private slots:
     {
         SmallDealership dealer;
         dealer.listYear(1, "Y26", Value());
-        dealer.year("Y26");
         dealer.connect("Y26");
         Proposal proposal(dealer.session, dealer.conMain, dealer.conLayouts, dealer.conYear);
         proposal.analyse(request("2"));

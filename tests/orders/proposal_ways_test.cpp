@@ -5,10 +5,10 @@
 #include "orders/proposal.h"
 
 #include "common/db.h"
+#include "tests/support/files.h"
 #include "tests/support/rows.h"
 #include "tests/support/small_dealership.h"
 
-#include <QProcess>
 #include <QTest>
 
 #include <array>
@@ -71,15 +71,10 @@ void addItems(Dice &dice, TestDatabase &year, bool older, bool doubled)
                 partCode = dice.oneIn(15)  ? Value()
                            : dice.oneIn(3) ? Value(std::string(dice.of(kPartCodes)))
                                            : Value(own);
-            year.row("Mast_Items",
-                     {{"ItemCode", code},
-                      {"PartCode", partCode},
-                      {"ItemName", own.c_str()},
-                      {"Higher", dice.oneIn(10) ? Value() : Value(static_cast<double>(dice.roll(8)))},
-                      {"SalRate", dice.amount(500)},
-                      {"NDPD", dice.oneIn(4) ? Value(Currency()) : dice.amount(400)},
-                      {"Moq", dice.roll(20)},
-                      {"MinQty", dice.roll(30)}});
+            year.rows("Mast_Items", "ItemCode PartCode ItemName Higher SalRate NDPD Moq MinQty",
+                      {{code, partCode, own.c_str(),
+                        dice.oneIn(10) ? Value() : Value(static_cast<double>(dice.roll(8))), dice.amount(500),
+                        dice.oneIn(4) ? Value(Currency()) : dice.amount(400), dice.roll(20), dice.roll(30)}});
         }
     }
 }
@@ -92,14 +87,12 @@ void addMovements(Dice &dice, TestDatabase &year, Date first, int days)
         const double time = dice.oneIn(4) ? dice.of(std::array{0.0, 1.0 / 1440, 1439.0 / 1440}) : 0;
         const Date date = Date::fromSerial(first.serial() + dice.roll(days) + time);
         const Value quantity = dice.amount(9);
-        year.row(
-            "Stock_Stock",
-            {{"ItemCode", dice.oneIn(40) ? Value() : Value(static_cast<double>(1 + dice.roll(kItems + 3)))},
-             {"ITQty", dice.amount(8)},
-             {"OTQty", dice.oneIn(15) && !isNull(quantity) ? Value(-std::get<Currency>(quantity)) : quantity},
-             {"StkDate", dice.oneIn(30) ? Value() : Value(date)},
-             {"FrmId", dice.oneIn(30) ? Value() : Value(static_cast<double>(dice.of(kForms)))},
-             {"StkPoint", dice.roll(2)}});
+        year.rows("Stock_Stock", "ItemCode ITQty OTQty StkDate FrmId StkPoint",
+                  {{dice.oneIn(40) ? Value() : Value(static_cast<double>(1 + dice.roll(kItems + 3))),
+                    dice.amount(8),
+                    dice.oneIn(15) && !isNull(quantity) ? Value(-std::get<Currency>(quantity)) : quantity,
+                    dice.oneIn(30) ? Value() : Value(date),
+                    dice.oneIn(30) ? Value() : Value(static_cast<double>(dice.of(kForms))), dice.roll(2)}});
     }
 }
 
@@ -211,14 +204,13 @@ void compareExplanations(SmallDealership &dealer, const ProposalRequest &request
 /// The rows of a table as a program of its own writes them out, its heading left out.
 QList<QByteArrayList> writtenOut(const SmallDealership &dealer, const QString &year, const QString &table)
 {
-    QProcess dump;
-    dump.start(QStringLiteral(JETDUMP),
-               {QStringLiteral("--password"), QString::fromUtf8(data::schema::kPassword.data()),
-                QString::fromStdString(dealer.folder()) + QStringLiteral("/server/DataBas/%1.mdb").arg(year),
-                table});
-    dump.waitForFinished();
+    const QString dump = outputOf(
+        QStringLiteral(JETDUMP),
+        {QStringLiteral("--password"), QString::fromUtf8(data::schema::kPassword.data()),
+         QString::fromStdString(dealer.folder()) + QStringLiteral("/server/DataBas/%1.mdb").arg(year),
+         table});
     QList<QByteArrayList> rows;
-    for (const QByteArray &line : dump.readAllStandardOutput().split('\n')) {
+    for (const QByteArray &line : dump.toUtf8().split('\n')) {
         if (!line.isEmpty())
             rows << line.split(',');
     }

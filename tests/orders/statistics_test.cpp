@@ -78,7 +78,6 @@ private slots:
         dealer.listYear(100, "Y26", day(2027, 3, 31));
         dealer.main().row("Years", {{"ComCode", "02"}, {"Code", 200}, {"DBMst", "OTHER"}});
         dealer.year("Y25");
-        dealer.year("Y26");
         dealer.connect("Y26");
         Statistics statistics(dealer.session, dealer.conMain, dealer.conLayouts);
         statistics.openPeriod({day(2020, 1, 1), day(2026, 5, 1), OrderType::All});
@@ -128,11 +127,9 @@ private slots:
         QFETCH(bool, selected);
         SmallDealership dealer;
         dealer.listYear(1, "Y26", Value());
-        dealer.year("Y26").item(5, "P5").row(
-            "Stock_Stock", {{"ItemCode", 5},
-                            {"StkDate", Value(Date::fromSerial(date))},
-                            {"FrmId", form < 0 ? Value() : Value(static_cast<double>(form))},
-                            {"OTQty", quantity}});
+        dealer.year("Y26").item(5, "P5").rows(
+            "Stock_Stock", "ItemCode StkDate FrmId OTQty",
+            {{5, Date::fromSerial(date), form < 0 ? Value() : Value(static_cast<double>(form)), quantity}});
         dealer.connect("Y26");
         const Period period = {day(2026, 4, 1), day(2026, 4, 30), OrderType::All};
         Statistics statistics(dealer.session, dealer.conMain, dealer.conLayouts);

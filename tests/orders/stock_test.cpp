@@ -47,9 +47,7 @@ private slots:
         dealer.year("Y26")
             .movement(1, day(4, 1), 12, 10, 0)
             .movement(1, day(4, 2), 71, 0, 2.5)
-            .row("Stock_Stock", {{"ItemCode", 1}, {"ITQty", 90}, {"OTQty", 0}, {"StkPoint", 1}})
-            .row("Stock_Stock", {{"ItemCode", 1}, {"ITQty", 1}, {"StkPoint", 0}})
-            .row("Stock_Stock", {{"ItemCode", 2}, {"ITQty", 4}, {"StkPoint", 0}});
+            .rows("Stock_Stock", "ItemCode StkPoint ITQty OTQty", {{1, 1, 90, 0}, {1, 0, 1}, {2, 0, 4}});
         dealer.connect("Y26");
         QCOMPARE(Dis_Stock(dealer.conYear, 1).toText(), std::string("8.5"));
         QCOMPARE(Dis_Stock(dealer.conYear, 2).toText(),
@@ -88,27 +86,18 @@ private slots:
     void suppliersByHeadAndName()
     {
         SmallDealership dealer;
-        TestDatabase &year = dealer.year("Y26");
-        year.row("Mast_Heads", {{"HeadCode", 10}}).row("Mast_Heads", {{"HeadCode", 30}, {"SDC", 0}});
-        year.row("Mast_Heads", {{"HeadCode", 31}, {"SDC", 1}})
-            .row("Mast_Heads", {{"HeadCode", 25}, {"SDC", 0}});
-        const auto ledger = [&year](int code, Value name, int head, Value closed) {
-            year.row("Mast_Ledgers", {{"LedgCode", code},
-                                      {"LedgName", std::move(name)},
-                                      {"HeadCode", head},
-                                      {"AcClosed", std::move(closed)},
-                                      {"Town", code == 2 ? Value() : Value(std::string("TOWN"))}});
-        };
-        const auto named = [](const char *name) { return Value(std::string(name)); };
-        ledger(1, named("Bharat Spares"), 10, 0.0);
-        ledger(2, named("ABC"), 25, 0.0);
-        ledger(3, named("ABD under 30"), 30, 0.0);
-        ledger(4, named("ABE"), 31, 0.0);
-        ledger(5, named("ABF closed"), 10, 1.0);
-        ledger(6, named("ABG closed by null"), 10, Value());
-        ledger(7, named("ABH closed by -1"), 10, -1.0);
-        ledger(8, Value(), 10, 0.0);
-        ledger(9, named("ABI of no head"), 50, 0.0);
+        dealer.year("Y26")
+            .rows("Mast_Heads", "HeadCode SDC", {{10}, {30, 0}, {31, 1}, {25, 0}})
+            .rows("Mast_Ledgers", "LedgCode LedgName HeadCode AcClosed Town",
+                  {{1, "Bharat Spares", 10, 0, "TOWN"},
+                   {2, "ABC", 25, 0},
+                   {3, "ABD under 30", 30, 0, "TOWN"},
+                   {4, "ABE", 31, 0, "TOWN"},
+                   {5, "ABF closed", 10, 1, "TOWN"},
+                   {6, "ABG closed by null", 10, Value(), "TOWN"},
+                   {7, "ABH closed by -1", 10, -1, "TOWN"},
+                   {8, Value(), 10, 0, "TOWN"},
+                   {9, "ABI of no head", 50, 0, "TOWN"}});
         dealer.connect("Y26");
         QCOMPARE(names(findSuppliers(dealer.conYear, "LedgName", "AB")), QByteArray("ABC/ ABE/TOWN"));
         QCOMPARE(names(findSuppliers(dealer.conYear, "LedgName", "b")), QByteArray("Bharat Spares/TOWN"));
@@ -177,29 +166,22 @@ private slots:
         SmallDealership dealer(seed % 2 == 0 ? jet::Version::Jet3 : jet::Version::Jet4);
         TestDatabase &year = dealer.year("Y26", tables);
         for (int code = 1; code <= 60; ++code) {
-            const TestRow row = {{"ItemCode", code},
-                                 {"PartCode", name()},
-                                 {"ItemName", name()},
-                                 {"Location", name()},
-                                 {"Higher", roll(6) == 0 ? Value() : Value(static_cast<double>(roll(4)))}};
+            const std::vector<TestValue> part = {
+                code, name(), name(), name(), roll(6) == 0 ? Value() : Value(static_cast<double>(roll(4)))};
             for (int times = seed % 3 != 0 && roll(4) == 0 ? 2 : 1; times > 0; --times)
-                year.row("Mast_Items", row);
+                year.rows("Mast_Items", "ItemCode PartCode ItemName Location Higher", {part});
         }
         for (int movement = 0; movement < 400; ++movement)
-            year.row("Stock_Stock",
-                     {{"ItemCode", roll(20) == 0 ? Value() : Value(static_cast<double>(roll(70)))},
-                      {"ITQty", amount()},
-                      {"OTQty", amount()}});
+            year.rows("Stock_Stock", "ItemCode ITQty OTQty",
+                      {{roll(20) == 0 ? Value() : Value(static_cast<double>(roll(70))), amount(), amount()}});
         dealer.connect("Y26");
         for (const char *field : {"PartCode", "ItemName"}) {
             for (const std::string text : {"", "b", "BRAKE", "G", "x"}) {
                 const std::string statement =
                     "SELECT PartCode, ItemName, sum(Stock_Stock.ITQty- Stock_Stock.OTQty) as Qt, Location, "
                     "Mast_Items.ItemCode, Mast_Items.Higher, Count(*) as N FROM Mast_Items LEFT JOIN "
-                    "Stock_Stock "
-                    "ON "
-                    "Mast_Items.ItemCode = Stock_Stock.ItemCode GROUP BY PartCode, ItemName,  Location, "
-                    "Mast_Items.ItemCode, Mast_Items.Higher  having Left( " +
+                    "Stock_Stock ON Mast_Items.ItemCode = Stock_Stock.ItemCode GROUP BY PartCode, ItemName,  "
+                    "Location, Mast_Items.ItemCode, Mast_Items.Higher  having Left( " +
                     std::string(field) + "," + std::to_string(text.size()) + "  ) = '" + text +
                     "'    and Mast_Items.Higher >0 ";
                 QByteArrayList found;
@@ -220,10 +202,13 @@ private slots:
         dealer.year("Y26").item(1, "A-1").movement(1, day(4, 1), 12, 10, 0);
         dealer.connect("Y26");
         QCOMPARE(codes(findParts(dealer.conYear, "PartCode", "A")), QByteArray("A-1:10"));
+        // A database opened a second time is another station to the first.
+        const auto opened = [&dealer] {
+            return jet::Database::open(dealer.folder() + "/server/DataBas/Y26.mdb",
+                                       {.password = std::string(data::schema::kPassword)});
+        };
         {
-            // A database opened a second time is another station to the first.
-            const auto other = jet::Database::open(dealer.folder() + "/server/DataBas/Y26.mdb",
-                                                   {.password = std::string(data::schema::kPassword)});
+            const auto other = opened();
             other->table("Stock_Stock")
                 .insert(std::vector<Value>{1, Currency::fromUnits(5), Currency(), Null{}, Null{}, Null{}});
         }
@@ -231,8 +216,7 @@ private slots:
         dealer.conYear.execute("Delete * from Stock_Stock where ITQty = 10");
         QCOMPARE(codes(findParts(dealer.conYear, "PartCode", "")), QByteArray("A-1:5"));
         {
-            const auto other = jet::Database::open(dealer.folder() + "/server/DataBas/Y26.mdb",
-                                                   {.password = std::string(data::schema::kPassword)});
+            const auto other = opened();
             jet::Table &items = other->table("Mast_Items");
             std::vector<Value> part(items.definition().columns.size());
             const std::pair<const char *, Value> fields[] = {
@@ -250,12 +234,9 @@ private slots:
     {
         SmallDealership dealer;
         dealer.year("Y26")
-            .row("Mast_ItemsVeh", {{"ItemCode", 1}, {"Model", "M1"}})
-            .row("Mast_ItemsVeh", {{"ItemCode", 1}, {"Model", "M2"}})
-            .row("Mast_ItemsVeh", {{"ItemCode", 2}})
-            .row("Mast_VehGroups", {{"VehGrpId", 7}, {"VehGrpName", "TRUCKS"}});
-        for (const int item : {1, 2, 3})
-            dealer.year("Y26").row("Mast_ItemsSub", {{"ItemCode", item}, {"VehGrpId", 7}});
+            .rows("Mast_ItemsVeh", "ItemCode Model", {{1, "M1"}, {1, "M2"}, {2}})
+            .rows("Mast_VehGroups", "VehGrpId VehGrpName", {{7, "TRUCKS"}})
+            .rows("Mast_ItemsSub", "ItemCode VehGrpId", {{1, 7}, {2, 7}, {3, 7}});
         dealer.connect("Y26");
         QCOMPARE(vehicleModels(dealer.conYear, 1), (std::vector<std::string>{"M1", "M2"}));
         QCOMPARE(vehicleModels(dealer.conYear, 2),

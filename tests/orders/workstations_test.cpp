@@ -138,7 +138,6 @@ private slots:
         const bool full = qEnvironmentVariable("SPARES_WORKSTATIONS") == QLatin1String("full");
         const int orders = full ? 500 : 25;
         SmallDealership dealer;
-        dealer.year("Y26");
         dealer.connect("Y26");
         dealer.conYear.close();
         const std::string file = dealer.folder() + "/server/DataBas/Y26.mdb";

@@ -17,12 +17,10 @@ struct Server
     explicit Server(bool hasBatchFile = true)
     {
         QDir(folder.path()).mkpath(u"Velk Data 1"_s);
-        QFile file(root + u"/dinn.txt"_s);
-        QVERIFY(file.open(QIODevice::WriteOnly));
         for (int byte = 0; byte < 256; ++byte)
             bytes += static_cast<char>(byte);
         bytes += "%!PS" + streamOf(golden("rates"));
-        file.write(bytes);
+        writeFile(root + u"/dinn.txt"_s, bytes);
         const QString batch = root + u"/pprint.bat"_s; // the program asks for PPrint.Bat
         if (hasBatchFile)
             QVERIFY(QFile::copy(QStringLiteral(BATCH_FILE), batch));
@@ -54,61 +52,56 @@ class RawQueueTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void bytesArriveUnchanged();
-    void jobsWaitForAPrinterThatIsOff();
-    void whatCannotBeStartedIsNotReported();
+    void initTestCase()
+    {
+        if (!PrintServer::isInstalled())
+            QSKIP("cupsd is not installed: 3 cases left out");
+        m_printServer = std::make_unique<PrintServer>();
+    }
+
+    void bytesArriveUnchanged()
+    {
+        TestPrinter printer;
+        m_printServer->addQueue("LPT1", printer);
+        Server server;
+        QCOMPARE(server.send(), m_question);
+        QTRY_COMPARE_WITH_TIMEOUT(printer.bytes, server.bytes, kPatienceMs);
+    }
+
+    void jobsWaitForAPrinterThatIsOff()
+    {
+        TestPrinter printer;
+        printer.switchOff();
+        m_printServer->addQueue("LPT1", printer);
+        Server server;
+        QCOMPARE(server.send(), m_question);
+        QTRY_VERIFY_WITH_TIMEOUT(PrintServer::isWaiting("LPT1"), kPatienceMs);
+        // What was queued stays as it was when the next print overwrites the file.
+        QVERIFY(QFile::resize(server.root + u"/dinn.txt"_s, 0));
+        printer.switchOn();
+        QTRY_COMPARE_WITH_TIMEOUT(printer.bytes, server.bytes, kPatienceMs);
+    }
+
+    void whatCannotBeStartedIsNotReported()
+    {
+        Server withoutBatchFile(false);
+        QCOMPARE(withoutBatchFile.send(), m_question);
+
+        QProcess::execute(u"lpadmin"_s, {u"-x"_s, u"LPT1"_s});
+        Server server;
+        QCOMPARE(server.send(), m_question);
+        // The batch file itself says it to whoever runs it.
+        QProcess batch;
+        batch.start(server.root + u"/pprint.bat"_s, {server.root, u"/t"_s, u"LPT1"_s, u"dinn.txt"_s});
+        QVERIFY(batch.waitForFinished());
+        QCOMPARE(batch.exitCode(), 1);
+        QVERIFY(!batch.readAllStandardError().isEmpty());
+    }
 
 private:
     const QStringList m_question{u"Do You Want Print "_s};
     std::unique_ptr<PrintServer> m_printServer;
 };
-
-void RawQueueTest::initTestCase()
-{
-    if (!PrintServer::isInstalled())
-        QSKIP("cupsd is not installed: 3 cases left out");
-    m_printServer = std::make_unique<PrintServer>();
-}
-
-void RawQueueTest::bytesArriveUnchanged()
-{
-    TestPrinter printer;
-    m_printServer->addQueue("LPT1", printer);
-    Server server;
-    QCOMPARE(server.send(), m_question);
-    QTRY_COMPARE_WITH_TIMEOUT(printer.bytes, server.bytes, kPatienceMs);
-}
-
-void RawQueueTest::jobsWaitForAPrinterThatIsOff()
-{
-    TestPrinter printer;
-    printer.switchOff();
-    m_printServer->addQueue("LPT1", printer);
-    Server server;
-    QCOMPARE(server.send(), m_question);
-    QTRY_VERIFY_WITH_TIMEOUT(PrintServer::isWaiting("LPT1"), kPatienceMs);
-    // What was queued stays as it was when the next print overwrites the file.
-    QVERIFY(QFile::resize(server.root + u"/dinn.txt"_s, 0));
-    printer.switchOn();
-    QTRY_COMPARE_WITH_TIMEOUT(printer.bytes, server.bytes, kPatienceMs);
-}
-
-void RawQueueTest::whatCannotBeStartedIsNotReported()
-{
-    Server withoutBatchFile(false);
-    QCOMPARE(withoutBatchFile.send(), m_question);
-
-    QProcess::execute(u"lpadmin"_s, {u"-x"_s, u"LPT1"_s});
-    Server server;
-    QCOMPARE(server.send(), m_question);
-    // The batch file itself says it to whoever runs it.
-    QProcess batch;
-    batch.start(server.root + u"/pprint.bat"_s, {server.root, u"/t"_s, u"LPT1"_s, u"dinn.txt"_s});
-    QVERIFY(batch.waitForFinished());
-    QCOMPARE(batch.exitCode(), 1);
-    QVERIFY(!batch.readAllStandardError().isEmpty());
-}
 
 QTEST_GUILESS_MAIN(RawQueueTest)
 #include "raw_queue_test.moc"

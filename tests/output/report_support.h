@@ -3,22 +3,12 @@
 #pragma once
 
 #include "output/layout_report.h"
+#include "tests/support/files.h"
 #include "tests/support/fixed_clock.h"
 #include "tests/support/scripted_dialogs.h"
 #include "tests/support/small_dealership.h"
 
 #include <QDir>
-#include <QFile>
-#include <QProcess>
-
-/// What a program writes to its standard output; "" when it cannot be run.
-inline QString outputOf(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished();
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
 
 class PdfOutlet : public output::ReportOutlet
 {
@@ -93,38 +83,23 @@ struct ReportDesk
         std::filesystem::create_directory_symlink(LAYOUT_FOLDER, dealer.folder() + "/program/Layouts");
     }
 
-    /// A row of the print table.
-    void line(const char *code, const char *name, TestRow further)
-    {
-        further.insert(further.end(), {{"OrdNo", 25},
-                                       {"Date", "05/Apr/2026"},
-                                       {"SName", "SOUTHERN SPARES"},
-                                       {"Town", "MADURAI"},
-                                       {"ItemNo", code},
-                                       {"ItemName", name}});
-        dealer.layouts().row("StkOrd", further);
-    }
-
     /// Puts one layout, for orders without rates, in the place of all; gives its file. Its name is spelled as
     /// an old file server may have it.
     QString replaceLayout(const QByteArray &text) const
     {
         const QString folder = QString::fromStdString(dealer.folder()) + QStringLiteral("/program/");
-        QFile layout(folder + QStringLiteral("LAYOUTS/stk_ord.rpt"));
         QFile::remove(folder + QStringLiteral("Layouts"));
         QDir().mkpath(folder + QStringLiteral("LAYOUTS"));
-        if (layout.open(QIODevice::WriteOnly))
-            layout.write(text);
-        return layout.fileName();
+        const QString file = folder + QStringLiteral("LAYOUTS/stk_ord.rpt");
+        writeFile(file, text);
+        return file;
     }
 
     /// Runs the report; what it showed stands in the outlet.
     void print(const char *layout, std::int32_t destination = output::kToPreview)
     {
-        if (!dealer.conYear.isOpen()) {
-            dealer.year("Y26");
+        if (!dealer.conYear.isOpen())
             dealer.connect("Y26");
-        }
         output::Print_Report(control, dealer.session, "ORDER FORM", "Ord.No. : 25", layout, destination);
     }
 };

@@ -2,11 +2,7 @@
 // line ends behind every LF and every paper advance. No two streams look the same.
 #pragma once
 
-#include <QByteArray>
-#include <QFile>
-#include <QTest>
-
-#include <string>
+#include "tests/support/files.h"
 
 inline QByteArray visibleStream(const QByteArray &bytes)
 {
@@ -37,12 +33,6 @@ inline QByteArray streamOf(const QByteArray &visible)
         }
     }
     return bytes;
-}
-
-inline QByteArray fileBytes(const std::string &path)
-{
-    QFile file(QString::fromStdString(path));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
 }
 
 inline QByteArray golden(const char *name)

@@ -104,67 +104,64 @@ class AccessPlanTest : public QObject
     Q_OBJECT
 
 private slots:
-    void choices_data();
-    void choices();
+    void choices_data()
+    {
+        QTest::addColumn<QByteArray>("where");
+        QTest::addColumn<QByteArray>("by");
+        QTest::addColumn<bool>("ordersText");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char *where, const char *by, const char *expected, bool ordersText = true) {
+            QTest::addRow("where %s by %s%s", where, by, ordersText ? "" : ", Access 2000")
+                << QByteArray(where) << QByteArray(by) << ordersText << QString::fromUtf8(expected);
+        };
+        row("", "r", "scan ordered");
+        row("", "-r", "scan");
+        row("=0", "r", "index 0 = one ordered");
+        row("=0 =3 i1", "r", "index 0 = one ordered");
+        row("i0", "r", "index 0 = one ordered"); // SQLite itself drops both for a list
+        row("=1", "r", "index 1 = ordered");
+        row("=1", "1 r", "index 1 = ordered");
+        row("^1", "1 r", "index 1 ^ ordered");
+        row("^1", "1 r", "index 1 ^ sorted ordered", false);
+        row("^1", "r", "index 1 ^");
+        row(">1 <1", "1 r", "index 1 > < ordered");
+        row(">1", "r", "scan ordered", false);
+        row("", "1 r", "index 1 ordered");
+        row("", "1 r", "scan sorted ordered", false);
+        row("", "1 3 -4", "scan sorted ordered");
+        row("", "1 5", "scan"); // of a kind that cannot be put in order
+        row("=0", "1 r", "index 0 = one");
+        row(">=2 <2", "r", "index 2 >= <");
+        row(">=2 <2", "2 5 r", "index 2 >= < ordered");
+        row(">=2 <2", "2 r",
+            "index 2 >= < sorted ordered"); // not the stored order among equal dates: 5 comes between
+        row("=2", "5 r", "index 2 = ordered");
+        row("=2", "2 -5", "index 2 =");
+        row("=2 >5", "r", "index 2 = >");
+        row("=5", "r", "lookup 5 ordered");
+        row("=3", "r", "lookup 3 ordered");
+        row("i3", "r", "scan ordered");
+        row(">3", "r", "scan ordered");
+        row(">4", "r", "scan ordered"); // bounds on a descending field are not used
+        row("=4", "-4 r", "index 3 = ordered");
+        row("", "-4 r", "scan sorted ordered"); // rows with nulls are not in the index
+    }
+
+    void choices()
+    {
+        QFETCH(QByteArray, where);
+        QFETCH(QByteArray, by);
+        QFETCH(bool, ordersText);
+        QFETCH(QString, expected);
+        const sql::Choice choice =
+            sql::chooseAccess(table(ordersText), conditions(where.toStdString()), order(by.toStdString()));
+        QCOMPARE(planText(choice), expected);
+        const AccessPlan &plan = choice.plan;
+        QCOMPARE(choice.arguments.size(), plan.kind == AccessPlan::Kind::Lookup
+                                              ? std::size_t(1)
+                                              : plan.equalities + plan.startsWith + plan.lower + plan.upper);
+    }
 };
-
-void AccessPlanTest::choices_data()
-{
-    QTest::addColumn<QByteArray>("where");
-    QTest::addColumn<QByteArray>("by");
-    QTest::addColumn<bool>("ordersText");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char *where, const char *by, const char *expected, bool ordersText = true) {
-        QTest::addRow("where %s by %s%s", where, by, ordersText ? "" : ", Access 2000")
-            << QByteArray(where) << QByteArray(by) << ordersText << QString::fromUtf8(expected);
-    };
-    row("", "r", "scan ordered");
-    row("", "-r", "scan");
-    row("=0", "r", "index 0 = one ordered");
-    row("=0 =3 i1", "r", "index 0 = one ordered");
-    row("i0", "r", "index 0 = one ordered"); // SQLite itself drops both for a list
-    row("=1", "r", "index 1 = ordered");
-    row("=1", "1 r", "index 1 = ordered");
-    row("^1", "1 r", "index 1 ^ ordered");
-    row("^1", "1 r", "index 1 ^ sorted ordered", false);
-    row("^1", "r", "index 1 ^");
-    row(">1 <1", "1 r", "index 1 > < ordered");
-    row(">1", "r", "scan ordered", false);
-    row("", "1 r", "index 1 ordered");
-    row("", "1 r", "scan sorted ordered", false);
-    row("", "1 3 -4", "scan sorted ordered");
-    row("", "1 5", "scan"); // of a kind that cannot be put in order
-    row("=0", "1 r", "index 0 = one");
-    row(">=2 <2", "r", "index 2 >= <");
-    row(">=2 <2", "2 5 r", "index 2 >= < ordered");
-    row(">=2 <2", "2 r",
-        "index 2 >= < sorted ordered"); // not the stored order among equal dates: 5 comes between
-    row("=2", "5 r", "index 2 = ordered");
-    row("=2", "2 -5", "index 2 =");
-    row("=2 >5", "r", "index 2 = >");
-    row("=5", "r", "lookup 5 ordered");
-    row("=3", "r", "lookup 3 ordered");
-    row("i3", "r", "scan ordered");
-    row(">3", "r", "scan ordered");
-    row(">4", "r", "scan ordered"); // bounds on a descending field are not used
-    row("=4", "-4 r", "index 3 = ordered");
-    row("", "-4 r", "scan sorted ordered"); // rows with nulls are not in the index
-}
-
-void AccessPlanTest::choices()
-{
-    QFETCH(QByteArray, where);
-    QFETCH(QByteArray, by);
-    QFETCH(bool, ordersText);
-    QFETCH(QString, expected);
-    const sql::Choice choice =
-        sql::chooseAccess(table(ordersText), conditions(where.toStdString()), order(by.toStdString()));
-    QCOMPARE(planText(choice), expected);
-    const AccessPlan &plan = choice.plan;
-    QCOMPARE(choice.arguments.size(), plan.kind == AccessPlan::Kind::Lookup
-                                          ? std::size_t(1)
-                                          : plan.equalities + plan.startsWith + plan.lower + plan.upper);
-}
 
 QTEST_APPLESS_MAIN(AccessPlanTest)
 #include "access_plan_test.moc"

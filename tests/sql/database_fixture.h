@@ -4,6 +4,7 @@
 #include "data/jet/database.h"
 #include "data/sql/engine.h"
 #include "tests/jet/memory_file.h"
+#include "tests/support/outcome.h"
 
 #include <QStringList>
 
@@ -108,7 +109,7 @@ inline Currency amount(const char *value)
 /// Both versions of the format as data rows.
 inline void addVersions()
 {
-    QTest::addColumn<int>("version");
-    QTest::newRow("Access 97") << int(jet::Version::Jet3);
-    QTest::newRow("Access 2000") << int(jet::Version::Jet4);
+    const Rows<int> row({"version"});
+    row("Access 97", jet::Version::Jet3);
+    row("Access 2000", jet::Version::Jet4);
 }

@@ -218,155 +218,150 @@ class RandomTest : public QObject
     Q_OBJECT
 
 private slots:
-    void sameAsPlainTables_data();
-    void sameAsPlainTables();
+    void sameAsPlainTables_data()
+    {
+        QTest::addColumn<unsigned>("seed");
+        for (unsigned seed = 1; seed <= 12; ++seed)
+            QTest::addRow("seed %u", seed) << seed;
+    }
 
-private:
-    void fill(Generator &random, TestDatabase &database, NativeTables &native);
-    void addBoth(TestDatabase &database, NativeTables &native, const jet::TableSpec &spec,
-                 const char *columns, const std::vector<Row> &rows);
-    static Twin statement(Generator &random, bool &ordered);
-};
-
-void RandomTest::sameAsPlainTables_data()
-{
-    QTest::addColumn<unsigned>("seed");
-    for (unsigned seed = 1; seed <= 12; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-void RandomTest::addBoth(TestDatabase &database, NativeTables &native, const jet::TableSpec &spec,
-                         const char *columns, const std::vector<Row> &rows)
-{
-    database.add(spec, rows);
-    native.run("CREATE TABLE " + spec.name + "(" + columns + ")");
-    for (const Row &row : rows) {
-        std::string values;
-        for (const Value &value : row)
-            values += (values.empty() ? "" : ", ") + literal(value);
-        native.run("INSERT INTO " + spec.name + " VALUES (" + values + ")");
-    }
-}
-
-void RandomTest::fill(Generator &random, TestDatabase &database, NativeTables &native)
-{
-    const auto orNull = [&](Value value) { return random.chance(12) ? Value(Null{}) : std::move(value); };
-    std::vector<Row> first;
-    for (int i = 0; i < 150; ++i) {
-        first.push_back({i * 7 % 150, orNull(random.number(0, 10)), orNull(random.word()),
-                         orNull(Currency::fromRaw(random.tenThousandths())),
-                         orNull(random.number(-8, 8) / 2.0),
-                         orNull(Date::fromSerial(random.number(38'350, 38'390) + random.number(0, 3) / 4.0)),
-                         random.chance(50)});
-    }
-    std::vector<Row> second;
-    for (int i = 0; i < 90; ++i) {
-        second.push_back({i, orNull(random.number(0, 12)), orNull(random.word()),
-                          orNull(Currency::fromRaw(random.tenThousandths()))});
-    }
-    jet::TableSpec a{"A",
-                     {column("Id", ColumnType::Long), column("Grp", ColumnType::Long),
-                      column("Name", ColumnType::Text), column("Amt", ColumnType::Currency),
-                      column("Qty", ColumnType::Double), column("DayOf", ColumnType::DateTime),
-                      column("Flag", ColumnType::Boolean)},
-                     {}};
-    for (const char *field : {"Grp", "Name", "Amt", "Qty", "DayOf", "Flag"}) {
-        if (random.chance(45))
-            a.indexes.push_back(index(field));
-    }
-    if (random.chance(60))
-        a.indexes.push_back(primaryKey("Id"));
-    if (random.chance(30))
-        a.indexes.push_back(index("Two", {{"Grp"}, {"Name", random.chance(50)}}));
-    jet::TableSpec b{"B",
-                     {column("Id", ColumnType::Long), column("Ref", ColumnType::Long),
-                      column("Note", ColumnType::Text), column("Amt", ColumnType::Currency)},
-                     {}};
-    if (random.chance(60))
-        b.indexes.push_back(
-            {.name = "Ref", .keys = {{"Ref", random.chance(70)}}, .ignoreNulls = random.chance(50)});
-    addBoth(database, native, a, "Id, Grp, Name COLLATE NOCASE, Amt, Qty, DayOf, Flag", first);
-    addBoth(database, native, b, "Id, Ref, Note COLLATE NOCASE, Amt", second);
-}
-
-Twin RandomTest::statement(Generator &random, bool &ordered)
-{
-    ordered = false;
-    const auto where = [&](bool joined) {
-        return random.chance(85) ? " where " + random.condition(joined) : Twin{};
-    };
-    switch (random.number(0, 4)) {
-    case 0: {
-        ordered = true;
-        const char *order =
-            random.oneOf({" order by Name, Id", " order by Grp desc, Id", " order by DayOf, Name, Id",
-                          " order by Amt desc, Id desc", " order by Id", " order by Grp, Name desc, Id"});
-        return "Select * from A" + where(false) + order;
-    }
-    case 1: {
-        const char *join = random.oneOf({" inner join ", " left join ", " right join "});
-        const char *on =
-            random.oneOf({"A.Grp = B.Ref", "A.Id = B.Ref", "A.Name = B.Note", "A.Amt = B.Amt",
-                          "A.Grp = B.Ref and A.Amt > B.Amt", "A.Qty = B.Ref", "A.Grp = B.Ref and B.Id < 9"});
-        return same("Select A.Id, B.Id, A.Amt - B.Amt as Diff from A") + join + "B on " + on + where(true);
-    }
-    case 2:
-        return same("Select Count(*), Count(Name), Sum(Amt), Max(DayOf), Min(Qty), Sum(Grp) from A") +
-               where(false);
-    case 3: {
-        // Joined with the sums of B by key, unless something in it asks for B's rows one by one.
-        const char *sum = random.oneOf({"Sum(B.Amt)", "Sum(B.Amt - B.Amt)", "Sum(B.Id)", "Sum(B.Id + B.Ref)",
-                                        "Sum(A.Amt)", "Sum(B.Amt), Count(*)", "Max(B.Amt)"});
-        const char *on = random.oneOf({"A.Grp = B.Ref", "B.Ref = A.Grp", "A.Id = B.Ref", "A.Qty = B.Ref"});
-        const char *join = random.oneOf({" left join ", " left join ", " right join "});
-        const char *having =
-            random.oneOf({"", " having Grp > 3", " having Grp > 0 and Name = 'a'", " having Sum(B.Id) > 20",
-                          " having Name is null or Sum(B.Id) is null"});
-        // With A's key among them the groups are single rows, where A has an index that says so.
-        const std::string groups = random.oneOf({"Name, Grp", "Name, A.Id, Grp", "A.Id, Name, Grp"});
-        ordered = true;
-        return same("Select Name, ") + sum + ", Grp from A" + join + "B on " + on +
-               (random.chance(40) ? where(false) : Twin{}) + same(" group by " + groups) + having +
-               Twin{"", " order by " + groups};
-    }
-    default: {
-        const char *having =
-            random.oneOf({"", " having Grp > 3", " having Count(*) > 1 and Name > 'a1'",
-                          " having Sum(A.Amt) > 0 or Grp = 2", " having Grp in (1, 2, 3) and Max(Id) > 40"});
-        return same("Select Grp, Name, Sum(Amt) as S, Count(*), Max(DayOf), Min(Amt) from A") + where(false) +
-               " group by Grp, Name" + having;
-    }
-    }
-}
-
-void RandomTest::sameAsPlainTables()
-{
-    QFETCH(unsigned, seed);
-    Generator random(seed);
-    TestDatabase database(seed % 2 == 0 ? jet::Version::Jet3 : jet::Version::Jet4);
-    NativeTables native;
-    fill(random, database, native);
-    sql::Engine engine(*database.file);
-    for (int i = 0; i < 120; ++i) {
-        bool ordered = false;
-        const Twin text = statement(random, ordered);
-        // Twice: the second time look-ups may be remembered.
-        for (int run = 0; run < 2; ++run) {
-            QStringList ours;
-            const auto query = engine.select(text.ours);
-            while (query->next())
-                ours << rowText(*query).toUpper();
-            QStringList wanted = native.rows(text.native, query->columns());
-            if (!ordered) {
-                ours.sort();
-                wanted.sort();
+    void sameAsPlainTables()
+    {
+        QFETCH(unsigned, seed);
+        Generator random(seed);
+        TestDatabase database(seed % 2 == 0 ? jet::Version::Jet3 : jet::Version::Jet4);
+        NativeTables native;
+        fill(random, database, native);
+        sql::Engine engine(*database.file);
+        for (int i = 0; i < 120; ++i) {
+            bool ordered = false;
+            const Twin text = statement(random, ordered);
+            // Twice: the second time look-ups may be remembered.
+            for (int run = 0; run < 2; ++run) {
+                QStringList ours;
+                const auto query = engine.select(text.ours);
+                while (query->next())
+                    ours << rowText(*query).toUpper();
+                QStringList wanted = native.rows(text.native, query->columns());
+                if (!ordered) {
+                    ours.sort();
+                    wanted.sort();
+                }
+                if (ours != wanted)
+                    qWarning("%s", text.ours.c_str());
+                QCOMPARE(ours, wanted);
             }
-            if (ours != wanted)
-                qWarning("%s", text.ours.c_str());
-            QCOMPARE(ours, wanted);
         }
     }
-}
+
+private:
+    void fill(Generator &random, TestDatabase &database, NativeTables &native)
+    {
+        const auto orNull = [&](Value value) { return random.chance(12) ? Value(Null{}) : std::move(value); };
+        std::vector<Row> first;
+        for (int i = 0; i < 150; ++i) {
+            first.push_back(
+                {i * 7 % 150, orNull(random.number(0, 10)), orNull(random.word()),
+                 orNull(Currency::fromRaw(random.tenThousandths())), orNull(random.number(-8, 8) / 2.0),
+                 orNull(Date::fromSerial(random.number(38'350, 38'390) + random.number(0, 3) / 4.0)),
+                 random.chance(50)});
+        }
+        std::vector<Row> second;
+        for (int i = 0; i < 90; ++i) {
+            second.push_back({i, orNull(random.number(0, 12)), orNull(random.word()),
+                              orNull(Currency::fromRaw(random.tenThousandths()))});
+        }
+        jet::TableSpec a{"A",
+                         {column("Id", ColumnType::Long), column("Grp", ColumnType::Long),
+                          column("Name", ColumnType::Text), column("Amt", ColumnType::Currency),
+                          column("Qty", ColumnType::Double), column("DayOf", ColumnType::DateTime),
+                          column("Flag", ColumnType::Boolean)},
+                         {}};
+        for (const char *field : {"Grp", "Name", "Amt", "Qty", "DayOf", "Flag"}) {
+            if (random.chance(45))
+                a.indexes.push_back(index(field));
+        }
+        if (random.chance(60))
+            a.indexes.push_back(primaryKey("Id"));
+        if (random.chance(30))
+            a.indexes.push_back(index("Two", {{"Grp"}, {"Name", random.chance(50)}}));
+        jet::TableSpec b{"B",
+                         {column("Id", ColumnType::Long), column("Ref", ColumnType::Long),
+                          column("Note", ColumnType::Text), column("Amt", ColumnType::Currency)},
+                         {}};
+        if (random.chance(60))
+            b.indexes.push_back(
+                {.name = "Ref", .keys = {{"Ref", random.chance(70)}}, .ignoreNulls = random.chance(50)});
+        addBoth(database, native, a, "Id, Grp, Name COLLATE NOCASE, Amt, Qty, DayOf, Flag", first);
+        addBoth(database, native, b, "Id, Ref, Note COLLATE NOCASE, Amt", second);
+    }
+
+    void addBoth(TestDatabase &database, NativeTables &native, const jet::TableSpec &spec,
+                 const char *columns, const std::vector<Row> &rows)
+    {
+        database.add(spec, rows);
+        native.run("CREATE TABLE " + spec.name + "(" + columns + ")");
+        for (const Row &row : rows) {
+            std::string values;
+            for (const Value &value : row)
+                values += (values.empty() ? "" : ", ") + literal(value);
+            native.run("INSERT INTO " + spec.name + " VALUES (" + values + ")");
+        }
+    }
+
+    static Twin statement(Generator &random, bool &ordered)
+    {
+        ordered = false;
+        const auto where = [&](bool joined) {
+            return random.chance(85) ? " where " + random.condition(joined) : Twin{};
+        };
+        switch (random.number(0, 4)) {
+        case 0: {
+            ordered = true;
+            const char *order =
+                random.oneOf({" order by Name, Id", " order by Grp desc, Id", " order by DayOf, Name, Id",
+                              " order by Amt desc, Id desc", " order by Id", " order by Grp, Name desc, Id"});
+            return "Select * from A" + where(false) + order;
+        }
+        case 1: {
+            const char *join = random.oneOf({" inner join ", " left join ", " right join "});
+            const char *on = random.oneOf({"A.Grp = B.Ref", "A.Id = B.Ref", "A.Name = B.Note",
+                                           "A.Amt = B.Amt", "A.Grp = B.Ref and A.Amt > B.Amt",
+                                           "A.Qty = B.Ref", "A.Grp = B.Ref and B.Id < 9"});
+            return same("Select A.Id, B.Id, A.Amt - B.Amt as Diff from A") + join + "B on " + on +
+                   where(true);
+        }
+        case 2:
+            return same("Select Count(*), Count(Name), Sum(Amt), Max(DayOf), Min(Qty), Sum(Grp) from A") +
+                   where(false);
+        case 3: {
+            // Joined with the sums of B by key, unless something in it asks for B's rows one by one.
+            const char *sum =
+                random.oneOf({"Sum(B.Amt)", "Sum(B.Amt - B.Amt)", "Sum(B.Id)", "Sum(B.Id + B.Ref)",
+                              "Sum(A.Amt)", "Sum(B.Amt), Count(*)", "Max(B.Amt)"});
+            const char *on =
+                random.oneOf({"A.Grp = B.Ref", "B.Ref = A.Grp", "A.Id = B.Ref", "A.Qty = B.Ref"});
+            const char *join = random.oneOf({" left join ", " left join ", " right join "});
+            const char *having =
+                random.oneOf({"", " having Grp > 3", " having Grp > 0 and Name = 'a'",
+                              " having Sum(B.Id) > 20", " having Name is null or Sum(B.Id) is null"});
+            // With A's key among them the groups are single rows, where A has an index that says so.
+            const std::string groups = random.oneOf({"Name, Grp", "Name, A.Id, Grp", "A.Id, Name, Grp"});
+            ordered = true;
+            return same("Select Name, ") + sum + ", Grp from A" + join + "B on " + on +
+                   (random.chance(40) ? where(false) : Twin{}) + same(" group by " + groups) + having +
+                   Twin{"", " order by " + groups};
+        }
+        default: {
+            const char *having = random.oneOf({"", " having Grp > 3", " having Count(*) > 1 and Name > 'a1'",
+                                               " having Sum(A.Amt) > 0 or Grp = 2",
+                                               " having Grp in (1, 2, 3) and Max(Id) > 40"});
+            return same("Select Grp, Name, Sum(Amt) as S, Count(*), Max(DayOf), Min(Amt) from A") +
+                   where(false) + " group by Grp, Name" + having;
+        }
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(RandomTest)
 #include "random_test.moc"

@@ -33,6 +33,18 @@ std::optional<ErrorNumber> errorOf(Act act)
     }
 }
 
+/// The sentence of the AppError that an act ends with; "" when it throws none.
+template <class Act>
+QString sentenceOf(Act act)
+{
+    try {
+        act();
+        return {};
+    } catch (const AppError &error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
 /// A list of a test's rows, to be filled in its data function.
 class OutcomeRows : public Rows<QString, QString>
 {

@@ -24,28 +24,33 @@
 #include <utility>
 #include <vector>
 
-/// A field of a test row: its column and any plain value. A number takes the type of its column.
-struct TestField
+/// Any plain value of a test row. A number takes the type of its column.
+struct TestValue
 {
-    TestField(const char *columnName, int number)
-        : column(columnName)
-        , value(static_cast<double>(number))
+    TestValue(double number)
+        : value(number)
     {}
-    TestField(const char *columnName, double number)
-        : column(columnName)
-        , value(number)
+    TestValue(int number)
+        : value(static_cast<double>(number))
     {}
-    TestField(const char *columnName, const char *text)
-        : column(columnName)
-        , value(std::string(text))
+    TestValue(const char *text)
+        : value(std::string(text))
     {}
-    TestField(const char *columnName, Value any)
-        : column(columnName)
-        , value(std::move(any))
+    TestValue(Date date)
+        : value(date)
+    {}
+    TestValue(Value any)
+        : value(std::move(any))
     {}
 
-    std::string column;
     Value value;
+};
+
+/// A field of a test row.
+struct TestField
+{
+    std::string column;
+    TestValue given;
 };
 using TestRow = std::vector<TestField>;
 
@@ -75,9 +80,23 @@ public:
         std::vector<Value> values(columns.size());
         for (const TestField &field : fields) {
             const std::size_t at = target.definition().findColumn(field.column).value();
-            values[at] = ofType(columns[at].type(), field.value);
+            values[at] = ofType(columns[at].type(), field.given.value);
         }
         target.insert(values);
+        return *this;
+    }
+
+    /// Adds rows under one heading, the columns' names with a blank between them.
+    TestDatabase &rows(const std::string &table, const char *heading,
+                       const std::vector<std::vector<TestValue>> &values)
+    {
+        const QByteArrayList columns = QByteArray(heading).split(' ');
+        for (const std::vector<TestValue> &given : values) {
+            TestRow fields;
+            for (std::size_t i = 0; i < given.size(); ++i)
+                fields.push_back({columns.at(static_cast<qsizetype>(i)).toStdString(), given[i]});
+            row(table, fields);
+        }
         return *this;
     }
 
@@ -95,12 +114,8 @@ public:
     /// A movement at the main store.
     TestDatabase &movement(int item, Date date, int form, double in, double out)
     {
-        return row("Stock_Stock", {{"ItemCode", item},
-                                   {"StkDate", date},
-                                   {"FrmId", form},
-                                   {"ITQty", in},
-                                   {"OTQty", out},
-                                   {"StkPoint", 0}});
+        return rows("Stock_Stock", "ItemCode StkDate FrmId ITQty OTQty StkPoint",
+                    {{item, date, form, in, out, 0}});
     }
 
 private:
@@ -162,15 +177,24 @@ public:
     /// A financial year in `Years`, of the session's company; a later year has the larger number.
     void listYear(int number, const char *code, Value end)
     {
-        main().row("Years", {{"ComCode", Value(session.ComCode)},
-                             {"Code", number},
-                             {"DBMst", code},
-                             {"YEnd", std::move(end)}});
+        main().rows("Years", "ComCode Code DBMst YEnd",
+                    {{Value(session.ComCode), number, code, std::move(end)}});
     }
 
-    /// Completes the files and opens the connections; the session's own year is `code`.
+    /// Adds rows to the print table, of order 25 of 5 April.
+    void printLines(const std::string &heading, std::vector<std::vector<TestValue>> lines)
+    {
+        for (std::vector<TestValue> &line : lines)
+            line.insert(line.begin(), {25, "05/Apr/2026", "SOUTHERN SPARES", "MADURAI"});
+        layouts().rows("StkOrd", ("OrdNo Date SName Town " + heading).c_str(), lines);
+    }
+
+    /// Completes the files and opens the connections; the session's own year is `code`, an empty one unless
+    /// it was made before.
     void connect(const std::string &code)
     {
+        if (!std::filesystem::exists(folder() + "/server/DataBas/" + code + ".mdb"))
+            year(code);
         m_open.clear();
         session.DbMst = code;
         conMain = data::openFile(folder() + "/server/DataBas/Main.mdb");
