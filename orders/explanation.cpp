@@ -2,6 +2,7 @@
 
 #include "orders/movement_figures.h"
 #include "orders/scratch_row.h"
+#include "orders/stock.h"
 #include "orders/suggestion.h"
 
 #include "common/errors.h"
@@ -273,18 +274,24 @@ void Explainer::addSteps(const ProposalRequest &request, const Findings &finding
     end(quantity > Currency() ? Outcome::Proposed : Outcome::CameToZero, quantity);
 }
 
-/// What the part gets by itself, where every part of the type is worked out, needed or not. A figure that
-/// cannot be worked out, a stock beyond any sum for one, is left away: the outcome does not depend on it.
+/// What the part gets by itself, where every part of the type that can be entered is worked out, needed or
+/// not. A figure that cannot be worked out, a stock beyond any sum for one, is left away: the outcome does
+/// not depend on it.
 void Explainer::addAlone(Currency outgoing, double cover, std::int32_t months, Explanation &explanation) const
 {
-    attempt([&] {
+    if (!findItem(m_year, explanation.item, m_session.SPID))
+        return;
+    try {
         const Currency average = monthlyAverage(outgoing, months);
         const Currency stock = presentStock(m_year, explanation.item);
         explanation.alone = suggestedQuantity(average, stock, cover);
         explanation.lines.push_back({"Worked out by itself", explanation.alone->toText(),
                                      "rounded average " + average.toText() + " x cover " +
                                          shortestText(cover) + " - stock " + stock.toText()});
-    });
+    } catch (const RunTimeError &error) {
+        if (error.number() != ErrorNumber::Overflow && error.number() != ErrorNumber::DivisionByZero)
+            throw;
+    }
 }
 
 } // namespace orders

@@ -44,8 +44,8 @@ struct Explanation
     /// proposed quantity, or 0.
     std::vector<ExplanationLine> lines;
     Currency quantity; ///< proposed; 0 for every outcome but Proposed
-    /// What a part that a fill leaves out gets all the same when it is worked out by itself, as the part
-    /// search does.
+    /// What a part that a fill leaves out gets all the same when it is worked out by itself, as one that the
+    /// part search has found is.
     std::optional<Currency> alone;
 };
 

@@ -5,7 +5,6 @@
 #include "common/numbers.h"
 #include "data/paths.h"
 #include "data/recordset.h"
-#include "output/workbook_lock.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -77,7 +76,6 @@ std::string exportFile(const Session &session, const std::string &orderNumberTex
 void Copy_Ex(const Session &session, const std::string &file)
 {
     const std::string target = data::localPath(file);
-    requireFree(target); // Its user would lose what he has changed.
     std::error_code skipped;
     if (data::fileExists(file))
         fs::remove(target, skipped);

@@ -18,8 +18,8 @@ namespace output {
                                      Date orderDate);
 
 /// Deletes the file if it exists and copies the template "FlashFrm\Ord.Xls" to it. Errors are skipped: a
-/// missing template or folder shows when the workbook is opened. Only a file that somebody has open stays
-/// as it is: throws AppError(Workbook).
+/// missing template or folder shows when the workbook is opened. Whether somebody has the file open is asked
+/// before (workbook_lock.h).
 void Copy_Ex(const Session &session, const std::string &file);
 
 /// Told after each line; `total` is the number of lines.

@@ -5,6 +5,7 @@
 #include <array>
 #include <fcntl.h>
 #include <fstream>
+#include <pwd.h>
 #include <string_view>
 #include <sys/file.h>
 #include <system_error>
@@ -40,6 +41,13 @@ std::array<std::string, kFields> fieldsOf(std::string_view mark)
     return fields;
 }
 
+/// This user's name as an office writes it into its marks, "" when the system knows none.
+std::string loginName()
+{
+    const passwd *entry = ::getpwuid(::getuid());
+    return entry != nullptr ? entry->pw_name : "";
+}
+
 std::string machineName()
 {
     std::array<char, 256> name{};
@@ -61,14 +69,27 @@ bool isLockedForWriting(const std::string &file)
     return locked;
 }
 
+int lockedFolder(const fs::path &folder, int kind)
+{
+    const int opened = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (opened >= 0 && ::flock(opened, kind | LOCK_NB) != 0) {
+        ::close(opened);
+        return -1;
+    }
+    return opened;
+}
+
 } // namespace
 
 std::optional<WorkbookMark> markOf(const std::string &workbook)
 {
-    const fs::path path(workbook);
+    // Of a workbook behind a link the mark lies where the workbook does.
+    std::error_code error;
+    fs::path path = fs::weakly_canonical(workbook, error);
+    if (error)
+        path = workbook;
     WorkbookMark mark;
     mark.file = path.parent_path() / (".~lock." + path.filename().string() + "#");
-    std::error_code error;
     if (!fs::is_regular_file(mark.file, error))
         return std::nullopt;
     std::ifstream stream(mark.file);
@@ -76,6 +97,7 @@ std::optional<WorkbookMark> markOf(const std::string &workbook)
     std::getline(stream, content);
     const auto fields = fieldsOf(content);
     mark.user = fields[Name].empty() ? fields[SystemUser] : fields[Name];
+    mark.systemUser = fields[SystemUser];
     mark.machine = fields[Machine];
     if (fields[Profile].starts_with(kUrl))
         mark.profile = fields[Profile].substr(kUrl.size());
@@ -84,23 +106,20 @@ std::optional<WorkbookMark> markOf(const std::string &workbook)
 
 int lockFolder(const fs::path &folder)
 {
-    const int opened = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (opened >= 0 && ::flock(opened, LOCK_EX | LOCK_NB) != 0) {
-        ::close(opened);
-        return -1;
-    }
-    return opened;
+    return lockedFolder(folder, LOCK_EX);
 }
 
 bool isOfDeadRun(const WorkbookMark &mark, const fs::path &dead)
 {
     const fs::path folder = mark.profile.parent_path();
-    if (!folder.filename().string().starts_with(kOfficePrefix) || mark.machine != machineName())
+    if (!folder.filename().string().starts_with(kOfficePrefix) || mark.machine != machineName() ||
+        mark.systemUser != loginName())
         return false;
     std::error_code error;
     if (folder == dead || (!fs::exists(folder, error) && !error))
         return true;
-    const int lock = lockFolder(folder);
+    // Shared, so that two who ask at once do not take each other for its run.
+    const int lock = lockedFolder(folder, LOCK_SH);
     if (lock >= 0)
         ::close(lock);
     return lock >= 0;
@@ -108,9 +127,6 @@ bool isOfDeadRun(const WorkbookMark &mark, const fs::path &dead)
 
 void requireFree(const std::string &workbook)
 {
-    std::error_code error;
-    if (!fs::exists(workbook, error))
-        return;
     const auto stop = [&](const std::string &reason) {
         throw AppError(ErrorNumber::Workbook, "The file " + workbook + " cannot be opened: " + reason);
     };

@@ -17,7 +17,8 @@ inline constexpr const char *kOfficePrefix = "velk-office-";
 struct WorkbookMark
 {
     std::filesystem::path file;    ///< the mark itself
-    std::string user;              ///< may be empty, as the next two
+    std::string user;              ///< for a person to read; may be empty, as the next three
+    std::string systemUser;        ///< whom the office belongs to
     std::string machine;           ///< where the office runs
     std::filesystem::path profile; ///< the office's own folder there
 };
@@ -25,15 +26,17 @@ struct WorkbookMark
 /// The mark beside a workbook, nothing when there is none.
 [[nodiscard]] std::optional<WorkbookMark> markOf(const std::string &workbook);
 
-/// True when the mark is of a run of this program on this machine that ended without cleaning up; `dead` is
-/// the folder of an office that is known to be gone.
+/// True when the mark is of a run of this program, of this user on this machine, that ended without cleaning
+/// up; `dead` is the folder of an office that is known to be gone. What another user's run has left counts as
+/// living: its folder cannot be looked into.
 [[nodiscard]] bool isOfDeadRun(const WorkbookMark &mark, const std::filesystem::path &dead = {});
 
 /// A descriptor that holds a folder's lock, -1 when another has it.
 [[nodiscard]] int lockFolder(const std::filesystem::path &folder);
 
-/// Returns when nobody has the workbook open or there is none; marks of dead runs do not count. Throws
-/// AppError(Workbook) with the user's name.
+/// Returns when nobody has the workbook open; marks of dead runs do not count. A mark counts without its
+/// workbook too, which the office would refuse to write once it is there. Throws AppError(Workbook) with the
+/// user's name.
 void requireFree(const std::string &workbook);
 
 } // namespace output

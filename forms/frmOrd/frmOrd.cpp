@@ -313,7 +313,9 @@ void frmOrd::D_Dsn()
 void frmOrd::showResult(const QString &line)
 {
     m_ui->lblResult->setText(line);
-    m_ui->lblResult->setToolTip(line); // What does not fit into the line can be read there.
+    // What does not fit into the line can be read there; a part code from a sheet must not pass for markup.
+    m_ui->lblResult->setToolTip(line.isEmpty() ? line
+                                               : QStringLiteral("<span>%1</span>").arg(line.toHtmlEscaped()));
 }
 
 void frmOrd::pauseFor(Currency seconds)

@@ -357,7 +357,7 @@ void frmOrd::Display_Item()
         m_lines.setText(row, kColMoq, item->moq.toText());
         m_lines.setCurrent(row, kColPartNo);
         fgList_EnterCell();
-        showResult(tr("%1 stands in line %2 already.").arg(ui::shown(item->partCode)).arg(row));
+        showResult(tr("%1 stands in line %2 already.").arg(ui::shown(item->partCode), QString::number(row)));
         return;
     }
     Load_I(item->code, m_lines.currentRow());

@@ -10,6 +10,7 @@
 #include "orders/import.h"
 #include "output/sheet_export.h"
 #include "output/sheet_import.h"
+#include "output/workbook_lock.h"
 
 #include <QScopeGuard>
 
@@ -24,12 +25,14 @@ constexpr Currency kPause = Currency::fromRaw(Currency::kScale / 20); // a momen
 QString importResult(int imported, const QStringList &unknown)
 {
     constexpr qsizetype kMostNamed = 12;
+    const QString lines =
+        imported == 1 ? frmOrd::tr("1 line imported.") : frmOrd::tr("%1 lines imported.").arg(imported);
     if (unknown.isEmpty())
-        return frmOrd::tr("%1 lines imported.").arg(imported);
+        return imported > 0 ? lines : QString();
     QString names = unknown.first(std::min(unknown.size(), kMostNamed)).join(QStringLiteral(", "));
     if (unknown.size() > kMostNamed)
         names += frmOrd::tr(" and %1 more").arg(unknown.size() - kMostNamed);
-    return frmOrd::tr("%1 lines imported. Not in the item master: %2").arg(imported).arg(names);
+    return frmOrd::tr("%1 Not in the item master: %2").arg(lines, names);
 }
 
 } // namespace
@@ -58,6 +61,8 @@ void frmOrd::Export_Excel()
     const std::string file = output::exportFile(m_context.session, number, m_ui->dtpOrdDate->day());
     {
         const Busy busy(*this);
+        // Before the copy replaces it: its user would lose what he has changed.
+        output::requireFree(data::localPath(file));
         output::Copy_Ex(m_context.session, file);
         pauseFor(kPause);
         output::exportOrder(spreadsheets(), m_context.connections.conYear, file, leadingNumber(number),

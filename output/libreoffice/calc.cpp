@@ -1,7 +1,6 @@
 #include "output/libreoffice/calc.h"
 
 #include "output/libreoffice/workbook_file.h"
-#include "output/workbook_lock.h"
 
 #include <com/sun/star/beans/PropertyValue.hpp>
 #include <com/sun/star/beans/XPropertySet.hpp>
@@ -185,6 +184,21 @@ uno::Any valueOf(const Cell &cell)
     return uno::Any(text ? office(*text) : OUString());
 }
 
+void prepareForWriting(const Reference<sheet::XSpreadsheetDocument> &workbook, const std::string &file)
+{
+    const bool readOnly = guarded(ErrorNumber::Workbook, "The file " + file + " cannot be opened", [&] {
+        // Rows keep their heights: fitted to the fonts of this machine, a page would hold fewer of them.
+        Reference<beans::XPropertySet>(workbook, UNO_QUERY_THROW)
+            ->setPropertyValue("IsAdjustHeightEnabled", uno::Any(false));
+        return bool(Reference<frame::XStorable>(workbook, UNO_QUERY_THROW)->isReadonly());
+    });
+    if (readOnly) {
+        throw AppError(ErrorNumber::Workbook,
+                       "The file " + file +
+                           " cannot be written: it is in use, or this user may not write it.");
+    }
+}
+
 } // namespace
 
 std::string Calc::Parts::sheetNames() const
@@ -252,7 +266,6 @@ void Calc::open(const std::string &file, SpreadsheetApplication::Access access)
 {
     close();
     const bool writes = access == SpreadsheetApplication::Access::Write;
-    requireFree(file); // The office itself would read it, without a word.
     const WorkbookKind kind = workbookKind(file);
     const std::string cannot = "The file " + file + " cannot be opened";
     rtl::Reference<Questions> questions(new Questions);
@@ -282,22 +295,14 @@ void Calc::open(const std::string &file, SpreadsheetApplication::Access access)
                        cannot + ": " + (reason.empty() ? "it is damaged, or no spreadsheet" : reason) + ".");
     }
     m_parts->file = file;
-    const bool readOnly = guarded(ErrorNumber::Workbook, cannot, [&] {
-        return bool(Reference<frame::XStorable>(m_parts->workbook, UNO_QUERY_THROW)->isReadonly());
-    });
     if (!writes)
         return;
-    if (readOnly) {
-        close();
-        throw AppError(ErrorNumber::Workbook,
-                       "The file " + file +
-                           " cannot be written: it is in use, or this user may not write it.");
+    try {
+        prepareForWriting(m_parts->workbook, file);
+    } catch (const AppError &) {
+        attempt([this] { close(); }); // Nobody else would, and its mark would stay.
+        throw;
     }
-    // Rows keep their heights: fitted to the fonts of this machine, a page would hold fewer of them.
-    guarded(ErrorNumber::Workbook, cannot, [&] {
-        Reference<beans::XPropertySet>(m_parts->workbook, UNO_QUERY_THROW)
-            ->setPropertyValue("IsAdjustHeightEnabled", uno::Any(false));
-    });
 }
 
 void Calc::close()
@@ -305,8 +310,9 @@ void Calc::close()
     if (!m_parts->workbook.is())
         return;
     const Reference<sheet::XSpreadsheetDocument> workbook = std::exchange(m_parts->workbook, {});
-    guarded(ErrorNumber::Workbook, "The file " + m_parts->file + " cannot be closed",
-            [&] { Reference<util::XCloseable>(workbook, UNO_QUERY_THROW)->close(false); });
+    guarded(ErrorNumber::Workbook, "The file " + m_parts->file + " cannot be closed", [&] {
+        Reference<util::XCloseable>(workbook, UNO_QUERY_THROW)->close(true);
+    }); // also after a veto
 }
 
 void Calc::requireSheet(const std::string &name)

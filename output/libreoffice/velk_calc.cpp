@@ -8,6 +8,7 @@
 #include "output/libreoffice/calc.h"
 #include "output/libreoffice/office_process.h"
 #include "output/libreoffice/wire.h"
+#include "output/workbook_lock.h"
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -75,6 +76,23 @@ Message failed(Answer answer, const AppError &error)
                          .put(std::string_view(error.what())));
 }
 
+/// What is opened for writing is noted before, for whoever cleans up behind a killed office.
+void openNoted(Calc &calc, const OfficeProcess &office, const std::string &file, bool writes)
+{
+    using Access = SpreadsheetApplication::Access;
+    if (!writes)
+        return calc.open(file, Access::Read);
+    office.noteWorkbook(file);
+    try {
+        calc.open(file, Access::Write);
+    } catch (const OfficeLost &) {
+        throw;
+    } catch (const AppError &) {
+        office.forgetWorkbook(); // It is not this office that has it open.
+        throw;
+    }
+}
+
 Message carryOut(Calc &calc, const OfficeProcess &office, Message &request)
 {
     using wire::Request;
@@ -86,10 +104,8 @@ Message carryOut(Calc &calc, const OfficeProcess &office, Message &request)
     case Request::Open: {
         const std::string file = request.text();
         const bool writes = request.number() == 1;
-        if (writes)
-            office.noteWorkbook(file);
-        calc.open(file,
-                  writes ? SpreadsheetApplication::Access::Write : SpreadsheetApplication::Access::Read);
+        requireFree(file); // The office itself would read it without a word.
+        openNoted(calc, office, file, writes);
         break;
     }
     case Request::Sheet:

@@ -198,12 +198,20 @@ private slots:
         const auto reason = orders::outcomeText(orders::Outcome::NotInMaster);
         QCOMPARE(desk.text("lblWhy"),
                  QStringLiteral("NOWHERE-1: ") + QString::fromUtf8(reason.data(), qsizetype(reason.size())));
-        // A part that the fill leaves out says what it gets all the same; one that gets nothing does not.
-        const std::pair<const char *, const char *> parts[] = {
-            {"OLD-1", "OLD-1 CARBURETTOR: Not proposed: nothing went out in the period. Worked out by itself "
-                      "it gets 2."},
-            {"FLT-9", "FLT-9 OIL FILTER: Not proposed: the stock covers what went out in the period."}};
-        for (const auto &[part, words] : parts) {
+        // A part that the fill leaves out says what it gets all the same; one that gets nothing, or that the
+        // search does not list, does not.
+        struct LeftOut
+        {
+            const char *part, *cover, *words;
+        };
+        const LeftOut parts[] = {
+            {"OLD-1", "2", "OLD-1 CARBURETTOR: Not proposed: nothing went out in the period."},
+            {"FLT-9", "2", "FLT-9 OIL FILTER: Not proposed: the stock covers what went out in the period."},
+            {"FLT-9", "60",
+             "FLT-9 OIL FILTER: Not proposed: the stock covers what went out in the period. Worked out by "
+             "itself it gets 13."}};
+        for (const auto &[part, cover, words] : parts) {
+            desk.control("txtMQ")->setProperty("text", QLatin1String(cover));
             desk.control("txtWhyPart")->setProperty("text", QString());
             desk.type(part);
             desk.press(Qt::Key_Return);
