@@ -90,7 +90,7 @@ void Main::createMenu()
     connect(keys, &QAction::triggered, this, [this] { ui::showKeyCard(m_child ? m_child->widget() : this); });
     QAction *manual = help->addAction(tr("&Manual"));
     manual->setObjectName(QStringLiteral("mnuManual"));
-    connect(manual, &QAction::triggered, this, [] { ui::openManual(); });
+    connect(manual, &QAction::triggered, this, [this] { ui::openManual(this); });
 
     giveFocusBackAfter(window);
     giveFocusBackAfter(help);
@@ -159,7 +159,8 @@ void Main::showChild(QWidget *form)
     m_child->setSystemMenu(nullptr);
     connect(m_child, &QObject::destroyed, this, &Main::childClosed);
     // No smaller than the form, whose buttons would be cut off; but never larger than the screen.
-    m_area->setMinimumSize(form->minimumSizeHint().boundedTo(screen()->availableSize() - kAround));
+    m_pages->setMinimumSize(
+        form->minimumSizeHint().boundedTo(screen()->availableSize() - kAround).expandedTo(kLeastSize));
     m_child->showMaximized();
     // A form whose start failed has given the focus to none of its controls, and its keys would be dead.
     if (!form->isAncestorOf(form->focusWidget()))

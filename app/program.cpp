@@ -3,6 +3,8 @@
 #include "common/ui/waiting.h"
 #include "forms/frmOrd/frmOrd.h"
 
+#include <QScreen>
+
 namespace {
 
 output::LibreOffice::Settings officeSettings()
@@ -40,6 +42,9 @@ void Program::showStart()
 void Program::showMain()
 {
     m_main = std::make_unique<Main>(m_context);
+    // When it is brought back from there, all of it is on the screen, its frame too.
+    constexpr QSize kFrame(10, 50);
+    m_main->resize(m_main->size().boundedTo(m_main->screen()->availableSize() - kFrame));
     m_main->showMaximized();
     auto order = std::make_unique<frmOrd>(m_context);
     // A failing statement is skipped here: a year that could not be opened leaves an order form that shows

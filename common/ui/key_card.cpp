@@ -68,7 +68,7 @@ CardWindow::CardWindow(const Card &card, QWidget *parent)
     connect(close, &QPushButton::clicked, this, &QDialog::accept);
     connect(manual, &QPushButton::clicked, this, [this] {
         accept();
-        openManual(QStringLiteral("keys.html"));
+        openManual(parentWidget(), QStringLiteral("keys.html"));
     });
 
     auto *column = new QVBoxLayout(this);

@@ -156,15 +156,14 @@ QString manualFolder()
     return QCoreApplication::applicationDirPath() + QStringLiteral("/manual");
 }
 
-void openManual(const QString &page)
+void openManual(QWidget *from, const QString &page)
 {
     static QPointer<ManualWindow> window;
-    QWidget *parent = QApplication::activeWindow();
     // A window that is open over another form could not be reached from behind a modal one.
-    if (window && parent && window != parent && window->parentWidget() != parent)
+    if (window && window != from && window->parentWidget() != from)
         delete window;
     if (!window)
-        window = new ManualWindow(parent);
+        window = new ManualWindow(from);
     window->show(page);
 }
 

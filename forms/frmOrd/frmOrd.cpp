@@ -271,6 +271,7 @@ void frmOrd::cmdSup_Click()
     };
     m_ui->txtSName->setText(ledger("LedgName"));
     m_ui->txtPlace->setText(ledger("Town"));
+    window()->setAttribute(Qt::WA_KeyboardFocusChange);
     m_ui->cmbType->setFocus(Qt::TabFocusReason); // Name and place are filled: the work goes on behind them.
 }
 
@@ -401,6 +402,7 @@ bool frmOrd::formKey(QObject *watched, const QKeyEvent &key)
     if (auto *button = qobject_cast<QPushButton *>(watched)) {
         button->click();
     } else {
+        window()->setAttribute(Qt::WA_KeyboardFocusChange); // Shows the focus, as after Tab.
         focusNextChild();
     }
     return true;

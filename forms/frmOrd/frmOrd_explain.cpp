@@ -7,6 +7,7 @@
 #include "forms/frmOrd/frmOrd_why.h"
 
 #include <QApplication>
+#include <QLayout>
 
 namespace {
 
@@ -27,6 +28,18 @@ void frmOrd::connectWhy()
         if (std::exchange(m_whyRow, row) != row && m_ui->fmWhy->isVisible())
             m_whyRest.start();
     });
+    // What the figures were worked out from.
+    const auto renew = [this] {
+        if (m_ui->fmWhy->isVisible())
+            m_whyRest.start();
+    };
+    for (const QComboBox *box : {m_ui->cmbType, m_ui->cmbMonth})
+        connect(box, &QComboBox::currentIndexChanged, this, renew);
+    for (const QDateEdit *box : {m_ui->dtpOrdDate, m_ui->dtpAvgFrom})
+        connect(box, &QDateEdit::dateChanged, this, renew);
+    connect(m_ui->txtMQ, &QLineEdit::textChanged, this, renew);
+    connect(m_ui->fgList->model(), &QAbstractItemModel::rowsInserted, this, renew);
+    connect(m_ui->fgList->model(), &QAbstractItemModel::rowsRemoved, this, renew);
 }
 
 /// Opens the panel beside or below the lines, or closes it.
@@ -43,14 +56,20 @@ void frmOrd::cmdWhy_Click()
 void frmOrd::closeWhy()
 {
     m_ui->cmdWhy->setChecked(false);
-    const bool hadFocus = m_ui->fmWhy->isAncestorOf(QApplication::focusWidget());
+    const QWidget *focus = QApplication::focusWidget();
     m_ui->fmWhy->hide();
-    if (hadFocus)
-        m_ui->fgList->setFocus(Qt::TabFocusReason);
+    // Back to the cell, also from its editor: the lines move as they get their room back, and it is hidden.
+    if (m_ui->fmWhy->isAncestorOf(focus) || focus == m_ui->fgList || focus == m_ui->txtItem) {
+        layout()->activate();
+        m_ui->fgList->setFocus();
+        m_gridFocus.start();
+    }
 }
 
 void frmOrd::explainLine()
 {
+    if (m_busy)
+        return m_whyRest.start(); // The lines are not what they will be.
     m_whyRest.stop();
     m_ui->fmWhy->setPart({});
     const int row = m_lines.currentRow();

@@ -89,6 +89,8 @@ void frmOrd::Load_I(std::int32_t ItC, int Row)
         m_proposal.fillGrid(m_lines, Row);
     }
     m_proposal.finish();
+    if (m_lines.rowData(Row) != ItC)
+        showResult(tr("The part is of another order type. To take it choose its type, or ALL."));
 }
 
 orders::ProposalRequest frmOrd::proposalRequest() const

@@ -449,6 +449,10 @@ bool frmOrd::gridKey(const QKeyEvent &key)
     const bool isEnter = key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter;
     if (!isText && !isEnter)
         return false;
+    // From a cell that cannot be edited Enter goes on to the next one that can.
+    const int column = m_lines.currentColumn();
+    if (isEnter && column > kColPartName && column < kColQty)
+        m_lines.setCurrent(m_lines.currentRow(), kColQty);
     // Typing goes to the cell: the editor takes the key as if it had had the focus.
     fgList_EnterCell();
     if (isText && m_ui->txtItem->isVisible()) {

@@ -63,7 +63,10 @@ WhyPanel::WhyPanel(QWidget *parent)
     m_column->addLayout(part, 2, 0, 1, 2);
     m_partRow = part;
     setPlace(Place::Beside);
-    connect(m_part, &ui::TextBox::enterPressed, this, [this] { emit partAsked(m_part->text().trimmed()); });
+    connect(m_part, &ui::TextBox::enterPressed, this, [this] {
+        emit partAsked(m_part->text().trimmed());
+        m_part->selectAll(); // The next number replaces it.
+    });
 }
 
 WhyPanel::~WhyPanel()

@@ -97,6 +97,7 @@ private slots:
         }
         window.resize(100, 100);
         QTRY_COMPARE(child->size(), child->minimumSizeHint());
+        QVERIFY(window.width() >= child->width() && window.height() > child->height());
         // There is no way to make it smaller than the window, from which no key would lead back.
         auto *frame = qobject_cast<QMdiSubWindow *>(child->parentWidget());
         QVERIFY(frame->isMaximized() && !(frame->windowFlags() & Qt::WindowMinMaxButtonsHint));

@@ -192,7 +192,12 @@ private slots:
         desk.comeBack();
         QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
         QCOMPARE(desk.lines()->rowCount(), 1);
-        QVERIFY(desk.dialogs.shown.isEmpty());
+        QVERIFY(desk.dialogs.shown.isEmpty() && desk.text("lblResult").isEmpty());
+        // The search lists every type, the analysis takes the one that is chosen: that is told.
+        desk.control<ui::ComboBox>("cmbType")->click(2);
+        enterPart(desk, Qt::Key_O, true);
+        QCOMPARE(desk.row(1), QStringLiteral("|||||||||||"));
+        QVERIFY(desk.text("lblResult").startsWith(QStringLiteral("The part is of another order type.")));
     }
 
     void otherKeysDoNotSearch()

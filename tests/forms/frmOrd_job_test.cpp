@@ -105,7 +105,7 @@ private slots:
         // From the grid, where the fill ends, to the quantity of the second line.
         QCOMPARE(desk.focus(), QStringLiteral("fgList"));
         QCOMPARE(desk.current(), std::pair(3, 8));
-        desk.press(Qt::Key_Right);
+        desk.press(Qt::Key_Return); // on from a cell that cannot be edited
         desk.press(Qt::Key_Up);
         QCOMPARE(desk.focus(), QStringLiteral("txtItem"));
         desk.type("5");
@@ -191,6 +191,11 @@ private slots:
             QVERIFY(grid->viewport()->rect().contains(desk.control("txtItem")->geometry()));
             QCOMPARE(desk.focus(), QStringLiteral("txtItem"));
         }
+        // It follows what it was worked out from.
+        desk.control("txtMQ")->setProperty("text", QStringLiteral("3"));
+        QTRY_VERIFY(lastFigure() != desk.cell(desk.lines()->rowCount() - 1, kColQty));
+        desk.control("txtMQ")->setProperty("text", QStringLiteral("2"));
+        QTRY_COMPARE(lastFigure(), desk.cell(desk.lines()->rowCount() - 1, kColQty));
         desk.press(Qt::Key_G, Qt::AltModifier);
         QTRY_COMPARE(desk.focus(), QStringLiteral("txtWhyPart"));
         desk.type("nowhere-1");
@@ -212,8 +217,7 @@ private slots:
              "itself it gets 13."}};
         for (const auto &[part, cover, words] : parts) {
             desk.control("txtMQ")->setProperty("text", QLatin1String(cover));
-            desk.control("txtWhyPart")->setProperty("text", QString());
-            desk.type(part);
+            desk.type(part); // replaces the one before
             desk.press(Qt::Key_Return);
             QCOMPARE(desk.text("lblWhy"), QString::fromUtf8(words));
         }

@@ -124,6 +124,14 @@ void frmOrdLayoutTest::thePanelLeavesEveryColumnInSight()
         QCOMPARE(steps->model()->rowCount(), beside ? figures : (figures + 1) / 2);
         QCOMPARE(steps->verticalScrollBar()->maximum(), 0);
     }
+    // Closed from a cell at the end, whose line moves as the lines get their room back, it leaves the editor.
+    desk.form->resize(1280, 740);
+    desk.enter(lines->model()->rowCount(), orders::kColPartName);
+    desk.press(Qt::Key_Y, Qt::AltModifier);
+    QTRY_VERIFY(!desk.control("fmWhy")->isVisible());
+    QCoreApplication::processEvents();
+    QTRY_COMPARE(desk.focus(), QStringLiteral("txtItem"));
+    QCOMPARE(desk.control("txtItem")->pos(), lines->visualRect(lines->currentIndex()).topLeft());
 }
 
 void frmOrdLayoutTest::aSmallFormShowsLinesAndSteps()

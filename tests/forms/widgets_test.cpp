@@ -189,7 +189,7 @@ private slots:
         page.write(pictures.repeated(9)); // higher than the window
         page.close();
 
-        ui::openManual(u"page.html"_s);
+        ui::openManual(nullptr, u"page.html"_s);
         QDialog *manual = nullptr;
         for (QWidget *window : QApplication::topLevelWidgets()) {
             if (window->objectName() == u"manual"_s)
