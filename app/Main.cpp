@@ -158,10 +158,11 @@ void Main::showChild(QWidget *form)
     // Its own menu would claim the key of the Window menu's entry for itself.
     m_child->setSystemMenu(nullptr);
     connect(m_child, &QObject::destroyed, this, &Main::childClosed);
-    // No smaller than the form, whose buttons would be cut off; but never larger than the screen.
+    m_child->showMaximized();
+    // No smaller than the form, whose buttons would be cut off; but never larger than the screen. Only now
+    // the controls have the look that they are measured with.
     m_pages->setMinimumSize(
         form->minimumSizeHint().boundedTo(screen()->availableSize() - kAround).expandedTo(kLeastSize));
-    m_child->showMaximized();
     // A form whose start failed has given the focus to none of its controls, and its keys would be dead.
     if (!form->isAncestorOf(form->focusWidget()))
         focusFirst(form);
