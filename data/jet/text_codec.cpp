@@ -212,12 +212,13 @@ TextCodec::TextCodec(Version version, std::uint16_t codePage)
             continue;
         std::string one(1, static_cast<char>(i));
         std::string converted;
-        if (codePage == 1252 || !converter.isKnown())
+        if (codePage == 1252 || !converter.isKnown()) {
             m_characters[i] = i < 0xA0 ? kWindows1252[i - 0x80] : static_cast<char32_t>(i);
-        else if (converter.convert(one, converted) && converted.size() == 4)
+        } else if (converter.convert(one, converted) && converted.size() == 4) {
             m_characters[i] = static_cast<char32_t>(static_cast<std::uint8_t>(converted[0])) |
                               static_cast<char32_t>(static_cast<std::uint8_t>(converted[1])) << 8 |
                               static_cast<char32_t>(static_cast<std::uint8_t>(converted[2])) << 16;
+        }
         m_bytes.emplace_back(m_characters[i], static_cast<std::uint8_t>(i));
     }
     std::ranges::sort(m_bytes);
