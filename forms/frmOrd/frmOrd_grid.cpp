@@ -203,8 +203,8 @@ void frmOrd::Move_Grid(QLineEdit *Ob)
 
 void frmOrd::hideEditor()
 {
-    // First, or the focus would go on to the next control with the editor.
-    if (m_ui->txtItem->hasFocus())
+    // First, or the focus would go on to the next control; also while a box that was answered is in front.
+    if (window()->focusWidget() == m_ui->txtItem)
         m_ui->fgList->setFocus();
     m_ui->txtItem->hide();
 }

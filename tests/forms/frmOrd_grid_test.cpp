@@ -180,6 +180,19 @@ private slots:
         QCOMPARE(desk.lines()->rowCount(), 4);
     }
 
+    /// While a box is in front nothing has the focus, and the form still knows what had it.
+    void theFocusStaysInTheGridBehindABox()
+    {
+        OpenDesk desk;
+        desk.enter(1, kColPartNo);
+        QWidget box;
+        box.show();
+        box.activateWindow();
+        QTRY_VERIFY(!desk.control("txtItem")->hasFocus());
+        desk.control<QAbstractItemView>("fgList")->setCurrentIndex(desk.lines()->index(0, kColMoq));
+        QCOMPARE(desk.form->window()->focusWidget()->objectName(), QStringLiteral("fgList"));
+    }
+
     void whatIsNotTakenLeavesTheRow()
     {
         OpenDesk desk;
